@@ -1,0 +1,122 @@
+// The time-outs: a deadline for each requesting LAG, and one timer task, armed for one of them.
+//
+// All deadlines are `delay` after the moment at which they were set, so that a new one is never
+// earlier than the one the task is armed for: the task is re-armed only when that one goes.
+
+#include "Velo/VeloMlagEgressAclIntfInterlockSm/MlagEgressAclIntfPeerInterlockSm.h"
+#include "Velo/VeloMlagEgressAclIntfInterlockSm/Trace.h"
+#include "platform/Vex/Assert.h"
+#include "platform/Vex/Clock.h"
+
+#include <utility>
+
+namespace Velo {
+
+using EgressAcl::duplog;
+
+void MlagEgressAclIntfPeerInterlockSm::VexTask::onAttribute( Attribute attribute,
+                                                             const Vex::NoKey & /* key */ ) {
+   const auto sm = forwarding();
+   if ( !sm ) {
+      return;
+   }
+   switch ( attribute ) {
+   case Attribute::taskCurrentlyRunning:
+      sm->handleTimeout();
+      break;
+   }
+}
+
+void MlagEgressAclIntfPeerInterlockSm::timerIs( Nodo::IntfId lag, Vex::Seconds deadline ) {
+   if ( timer_.put( lag, deadline ) ) {
+      handleTimer( lag );
+   }
+}
+
+void MlagEgressAclIntfPeerInterlockSm::timerDel( Nodo::IntfId lag ) {
+   if ( timer_.erase( lag ) ) {
+      handleTimer( lag );
+   }
+}
+
+void MlagEgressAclIntfPeerInterlockSm::timerDelAll() {
+   for ( const Nodo::IntfId lag : timer_.keys() ) {
+      timerDel( lag );
+   }
+}
+
+void MlagEgressAclIntfPeerInterlockSm::taskIs( const Vex::Ptr< Kel::TaskScheduler > & scheduler,
+                                               Kel::TaskPriority priority,
+                                               const Vex::String & name ) {
+   task_ = Vex::make< Kel::TimerTask >( scheduler, priority, name );
+   vexTask_.create( task_ );
+}
+
+void MlagEgressAclIntfPeerInterlockSm::taskDel() {
+   vexTask_.del();
+   task_.release();
+}
+
+void MlagEgressAclIntfPeerInterlockSm::scheduleTask( Vex::Seconds after ) {
+   VEX_ASSERT( task_ );
+   task_->scheduleTaskDelay( after );
+}
+
+void MlagEgressAclIntfPeerInterlockSm::handleTimer( Nodo::IntfId lag ) {
+   duplog( Vex::at< 0 >(), smName(), "handleTimer", " lag : ", lag );
+   if ( const Vex::Seconds * const deadline = timer_.find( lag ) ) {
+      if ( activeLag_ == Nodo::IntfId() ) {
+         activeLag_ = lag;
+         scheduleTask( *deadline - Vex::now() );
+      }
+      return;
+   }
+   if ( lag == activeLag_ ) {
+      resetTimer();
+   }
+}
+
+void MlagEgressAclIntfPeerInterlockSm::resetTimer() {
+   duplog( Vex::at< 0 >(), smName(), "resetTimer" );
+   Vex::Seconds earliest = Vex::Seconds::infinity();
+   Nodo::IntfId chosen;
+   for ( const auto entry : timer_.entries() ) {
+      if ( earliest > entry.value ) { // of equal deadlines, the first
+         earliest = entry.value;
+         chosen = entry.key;
+      }
+   }
+   activeLag_ = chosen;
+   scheduleTask( earliest - Vex::now() );
+}
+
+void MlagEgressAclIntfPeerInterlockSm::handleTimeout() {
+   if ( !task_ || !task_->taskCurrentlyRunning() ) {
+      return; // the task tells as well that it has run
+   }
+   const Nodo::IntfId lag = activeLag_;
+   duplog( Vex::at< 0 >(), smName(), "handleTimeout", " lag : ", lag );
+   const auto next = nextLinkState( linkState( lag ), LinkEvent::timeout );
+   if ( !next ) {
+      return;
+   }
+   linkStateIs( lag, *next );
+   duplog( Vex::at< 4 >(), "Syslog: Timeout has occurred on lag ", lag );
+   handleLag( lag );
+   resetTimer();
+}
+
+void MlagEgressAclIntfPeerInterlockSm::doCleanup() {
+   duplog( Vex::at< 0 >(), smName(), "doCleanup" );
+   // Whoever hears of a withdrawal may change an input; the requests that this would set off would
+   // have no owner.
+   const bool before = std::exchange( cleaningUp_, true );
+   scheduleTask( Vex::Seconds::infinity() );
+   for ( const Nodo::IntfId lag : aclRequestToPeer_->installRequest().keys() ) {
+      aclRequestToPeer_->installRequestDel( lag );
+   }
+   linkStateDelAll();
+   cleaningUp_ = before;
+}
+
+} // namespace Velo

@@ -1,0 +1,65 @@
+#include "platform/Jotter/Descriptor.h"
+
+#include "platform/Jotter/TraceFile.h"
+
+#include <algorithm>
+#include <atomic>
+#include <deque>
+#include <mutex>
+
+namespace Jotter {
+
+namespace {
+
+struct State {
+   std::mutex mutex; // guards descriptors, and that the default file knows them
+   std::deque< Descriptor > descriptors;
+   TraceFile builtIn;
+};
+
+// Never destroyed: state machines may be traced while static objects are being destroyed.
+State & state() {
+   static auto * const instance = new State;
+   return *instance;
+}
+
+// Set when the library is loaded, so that a record need not ask whether there is a file yet.
+std::atomic< TraceFile * > current{ &state().builtIn };
+
+void describeAll( TraceFile & file ) {
+   DescriptorId id = 0;
+   for ( const Descriptor & descriptor : state().descriptors ) {
+      file.describe( ++id, descriptor );
+   }
+}
+
+} // namespace
+
+DescriptorId registerDescriptor( const Descriptor & descriptor ) {
+   const std::lock_guard lock( state().mutex );
+   auto & descriptors = state().descriptors;
+   const auto known = std::ranges::find( descriptors, descriptor );
+   if ( known != descriptors.end() ) {
+      return static_cast< DescriptorId >( known - descriptors.begin() ) + 1;
+   }
+   descriptors.push_back( descriptor );
+   const auto id = static_cast< DescriptorId >( descriptors.size() );
+   if ( TraceFile * const file = defaultTraceFile() ) {
+      file->describe( id, descriptor );
+   }
+   return id;
+}
+
+TraceFile * defaultTraceFile() noexcept {
+   return current.load( std::memory_order_acquire );
+}
+
+TraceFile * defaultTraceFileIs( TraceFile * file ) {
+   const std::lock_guard lock( state().mutex );
+   if ( file != nullptr ) {
+      describeAll( *file );
+   }
+   return current.exchange( file, std::memory_order_acq_rel );
+}
+
+} // namespace Jotter

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "replay/Runner.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Replay {
+
+enum class OutputKind : std::uint8_t { text, jsonLines };
+enum class ClockKind : std::uint8_t { virtualTime, realTime };
+
+struct Options {
+   OutputKind output = OutputKind::text;
+   ClockKind clock = ClockKind::virtualTime;
+   RunOptions run;
+   std::vector< std::string > scenarios;
+};
+
+/// What the command line says: options to run with, or a text for standard output (help, version),
+/// or what is wrong with it.
+struct CommandLine {
+   std::optional< Options > options;
+   std::string text;
+   std::string error;
+};
+
+CommandLine parseCommandLine( int argc, const char * const * argv );
+
+} // namespace Replay

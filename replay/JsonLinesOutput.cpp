@@ -1,0 +1,126 @@
+#include "replay/JsonLinesOutput.h"
+
+#include "platform/Vex/Clock.h"
+#include "replay/Numbers.h"
+
+#include <nlohmann/json.hpp>
+
+namespace Replay {
+
+namespace {
+
+using Json = nlohmann::json;
+
+// One object, written key by key and ended by its destructor.
+class Object {
+ public:
+   Object( Writer & writer, std::string_view kind, Vex::Seconds time ) : writer_( writer ) {
+      writer_.buffer() += R"({"kind":")";
+      writer_.buffer() += kind;
+      writer_.buffer() += '"';
+      add( "t", roundedToMicroseconds( time ) );
+   }
+   Object( const Object & ) = delete;
+   Object & operator=( const Object & ) = delete;
+   Object( Object && ) = delete;
+   Object & operator=( Object && ) = delete;
+   ~Object() {
+      writer_.buffer() += "}\n";
+      writer_.flushIfFull();
+   }
+
+   Object & add( std::string_view key, const Json & value ) {
+      std::string & out = writer_.buffer();
+      out += ",\"";
+      out += key;
+      out += "\":";
+      out += value.dump( -1, ' ', false, Json::error_handler_t::replace );
+      return *this;
+   }
+   Object & add( std::string_view key, Nodo::IntfId intf ) {
+      return add( key, Json( intf.stringValue() ) );
+   }
+
+ private:
+   Writer & writer_;
+};
+
+Json toJson( std::optional< Token > token ) {
+   return token ? Json( *token ) : Json();
+}
+
+Json toJson( const std::vector< Pair > & pairs ) {
+   Json list = Json::array();
+   for ( const Pair & pair : pairs ) {
+      list.push_back( Json::array( { pair.member.stringValue(), pair.lag.stringValue() } ) );
+   }
+   return list;
+}
+
+class JsonLinesOutput final : public Output {
+ public:
+   using Output::Output;
+
+   std::uint32_t levelsAlwaysShown() const noexcept override { return 0; }
+
+   void begin( std::string_view /* file */ ) override {}
+
+   void statement( std::size_t line, std::string_view text ) override {
+      object( "statement" ).add( "line", line ).add( "text", text );
+   }
+   void verdict( Interlock interlock, const Pair & pair, bool admitted ) override {
+      object( "verdict" )
+         .add( "interlock", nameOf( interlock ) )
+         .add( "member", pair.member )
+         .add( "lag", pair.lag )
+         .add( "admitted", admitted );
+   }
+   void request( Nodo::IntfId lag, std::optional< Token > token ) override {
+      object( "request" ).add( "lag", lag ).add( "token", toJson( token ) );
+   }
+   void response( Nodo::IntfId lag, std::optional< Token > token ) override {
+      object( "response" ).add( "lag", lag ).add( "token", toJson( token ) );
+   }
+   void trace( const Vex::TraceRecord & record ) override {
+      object( "trace" )
+         .add( "source", record.source )
+         .add( "line", record.line )
+         .add( "function", record.function )
+         .add( "level", record.level )
+         .add( "message", record.message );
+   }
+   void expectation( std::size_t line, const Finding & finding ) override {
+      object( "expect" ).add( "line", line ).add( "ok", finding.ok );
+   }
+   void ring( std::span< const Jotter::Record > records ) override {
+      for ( const Jotter::Record & record : records ) {
+         Object( writer(), "jotter", record.time )
+            .add( "source", record.descriptor->source )
+            .add( "line", record.descriptor->line )
+            .add( "message", record.message() )
+            .add( "args", record.arguments );
+      }
+   }
+   void end( const Outcome & outcome ) override {
+      Json requests = Json::object();
+      for ( const auto & [ lag, token ] : outcome.requests ) {
+         requests[ lag.stringValue() ] = token;
+      }
+      object( "end" )
+         .add( "egress-acl", toJson( outcome.egressAcl ) )
+         .add( "vlan-xlate", toJson( outcome.vlanXlate ) )
+         .add( "requests", requests )
+         .add( "failed", outcome.failedLines.size() );
+   }
+
+ private:
+   Object object( std::string_view kind ) { return { writer(), kind, Vex::now() }; }
+};
+
+} // namespace
+
+std::unique_ptr< Output > jsonLinesOutput( Writer & writer ) {
+   return std::make_unique< JsonLinesOutput >( writer );
+}
+
+} // namespace Replay

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+namespace Replay {
+
+/// One word of a statement; a view into its line.
+struct Word {
+   std::string_view text; // without the quotes
+   bool quoted;
+};
+
+/// Splits a line, without its end, into words, which replace those in `words`; a comment is left
+/// out. A StatementError when a quote is out of place, or when the line is no UTF-8 text.
+void splitWords( std::string_view line, std::vector< Word > & words );
+
+} // namespace Replay

@@ -1,0 +1,56 @@
+#pragma once
+
+// What a run shows. Each call is one thing that happens now, on the framework's clock.
+
+#include "platform/Jotter/TraceReader.h"
+#include "platform/Vex/Trace.h"
+#include "replay/Statement.h"
+#include "replay/SwitchEvents.h"
+#include "replay/Writer.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace Replay {
+
+/// The result of an `expect`.
+struct Finding {
+   bool ok;
+   std::string instead; // for people, when it is not ok: what was found
+};
+
+/// How things stand after the last statement; all lists in byte order.
+struct Outcome {
+   std::vector< Pair > egressAcl;
+   std::vector< Pair > vlanXlate;
+   std::vector< std::pair< Nodo::IntfId, Token > > requests;
+   std::size_t held = 0;
+   std::vector< std::size_t > failedLines;
+};
+
+class Output : public SwitchEvents {
+ public:
+   explicit Output( Writer & writer ) noexcept : writer_( writer ) {}
+
+   /// Levels that are shown even if nobody asks for them, as a bit mask.
+   virtual std::uint32_t levelsAlwaysShown() const noexcept = 0;
+
+   virtual void begin( std::string_view file ) = 0;
+   virtual void statement( std::size_t line, std::string_view text ) = 0;
+   virtual void expectation( std::size_t line, const Finding & finding ) = 0;
+   virtual void trace( const Vex::TraceRecord & record ) = 0;
+   virtual void ring( std::span< const Jotter::Record > records ) = 0;
+   virtual void end( const Outcome & outcome ) = 0;
+
+   Writer & writer() const noexcept { return writer_; }
+
+ private:
+   Writer & writer_;
+};
+
+} // namespace Replay

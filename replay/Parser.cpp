@@ -1,0 +1,68 @@
+#include "replay/Parser.h"
+
+#include "replay/Grammar.h"
+#include "replay/Lexer.h"
+#include "replay/ScenarioError.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace Replay {
+
+namespace {
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+void appendStatement( std::string & texts, const std::vector< Word > & words ) {
+   const std::size_t begin = texts.size();
+   for ( const Word & word : words ) {
+      if ( texts.size() > begin ) {
+         texts += ' ';
+      }
+      if ( word.quoted ) {
+         texts += '"';
+      }
+      texts += word.text;
+      if ( word.quoted ) {
+         texts += '"';
+      }
+   }
+}
+
+} // namespace
+
+Scenario parseScenario( std::string_view text ) {
+   Scenario scenario;
+   std::vector< Word > words;
+   if ( text.starts_with( byteOrderMark ) ) { // some editors write one
+      text.remove_prefix( byteOrderMark.size() );
+   }
+   for ( std::size_t number = 1; !text.empty(); ++number ) {
+      const std::size_t end = std::min( text.find( '\n' ), text.size() );
+      std::string_view line = text.substr( 0, end );
+      text.remove_prefix( std::min( end + 1, text.size() ) );
+      if ( line.ends_with( '\r' ) ) {
+         line.remove_suffix( 1 );
+      }
+      try {
+         splitWords( line, words );
+         if ( words.empty() ) {
+            continue;
+         }
+         Statement statement = parseStatement( words );
+         const std::size_t textAt = scenario.texts.size();
+         appendStatement( scenario.texts, words );
+         scenario.expectsTrace |= std::holds_alternative< ExpectTrace >( statement );
+         scenario.steps.push_back(
+            { number, textAt, scenario.texts.size() - textAt, std::move( statement ) } );
+      } catch ( const StatementError & error ) {
+         throw ScenarioError( number, error.what() );
+      }
+   }
+   return scenario;
+}
+
+} // namespace Replay

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "replay/HostClock.h"
+#include "replay/Output.h"
+#include "replay/Scenario.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Replay {
+
+struct RunOptions {
+   std::uint32_t traceLevels = 0; // shown, as a bit mask
+   bool ring = false;
+};
+
+/// Runs a scenario on a fresh set of entities and returns how many expects failed. A ScenarioError
+/// when a statement cannot be done. Stops early when the output cannot be written.
+std::size_t runScenario( const Scenario & scenario,
+                         const RunOptions & options,
+                         HostClock & clock,
+                         Output & output );
+
+} // namespace Replay

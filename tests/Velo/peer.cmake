@@ -1,0 +1,13 @@
+# The peer-coordinated egress-ACL interlock and the controller.
+interlock_tests( peer-tests LIBRARIES velo-objects SOURCES
+   VeloMlagEgressAclIntfInterlockSm/ControllerTest.cpp
+   VeloMlagEgressAclIntfInterlockSm/PeerAdmissionTest.cpp
+   VeloMlagEgressAclIntfInterlockSm/PeerLinkStateTest.cpp
+   VeloMlagEgressAclIntfInterlockSm/PeerReentrancyTest.cpp
+   VeloMlagEgressAclIntfInterlockSm/PeerTimeoutTest.cpp )
+
+# Small worlds played through whole.
+interlock_tests( peer-exhaustive-tests LIBRARIES velo-objects SOURCES
+   VeloMlagEgressAclIntfInterlockSm/PeerExhaustiveTest.cpp
+   VeloMlagEgressAclIntfInterlockSm/PeerLivenessTest.cpp
+   VeloMlagEgressAclIntfInterlockSm/PeerRandomTest.cpp )

@@ -1,0 +1,102 @@
+// Out of memory leaves a keyed collection as it was.
+
+#include "platform/Vex/KeyedCollection.h"
+#include "tests/platform/Memory.h"
+#include "tests/platform/Vex/TestKey.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <new>
+#include <vector>
+
+namespace {
+
+using Key = TestKey< Hashing::spread >;
+using Map = Vex::KeyMap< Key, int >;
+
+std::vector< int > keysOf( const Map & map ) {
+   std::vector< int > keys;
+   keys.reserve( map.size() );
+   for ( const Key key : map.keys() ) {
+      keys.push_back( key.number );
+   }
+   return keys;
+}
+
+TEST( KeyMapMemoryTest, AnInsertionWithoutMemoryLeavesItAsItWas ) {
+   Map map;
+   std::vector< int > wanted;
+   int failed = 0;
+   for ( int key = 0; key < 200; ++key ) {
+      failed += Memory::attemptsUntilSuccess< std::bad_alloc >(
+         [ & ] { map.put( { key }, key + 1 ); },
+         [ & ] {
+            ASSERT_EQ( keysOf( map ), wanted );
+            ASSERT_FALSE( map.has( { key } ) );
+            ASSERT_EQ( map.get( { key - 1 } ), key );
+         } );
+      wanted.push_back( key );
+   }
+   EXPECT_GT( failed, 10 );
+   EXPECT_EQ( keysOf( map ), wanted );
+}
+
+TEST( KeyMapMemoryTest, AnInsertionWithoutMemoryDuringAPassLeavesItAsItWas ) {
+   Map map;
+   for ( int key = 0; key < 40; ++key ) {
+      map.put( { key }, key );
+   }
+   int visited = 0;
+   int failed = 0;
+   for ( const Key key : map.keys() ) {
+      ++visited;
+      map.erase( key );
+      for ( int more = 1; more <= 10; ++more ) {
+         const std::size_t size = map.size();
+         failed += Memory::attemptsUntilSuccess< std::bad_alloc >(
+            [ & ] { map.put( { key.number * 100 + more + 1'000 }, 0 ); },
+            [ & ] { ASSERT_EQ( map.size(), size ); } );
+      }
+   }
+   EXPECT_GT( failed, 0 );
+   EXPECT_EQ( visited, 40 );
+   EXPECT_EQ( map.size(), 400 );
+}
+
+TEST( KeyMapMemoryTest, LookingUpOverwritingRemovingAndPassingNeedNoMemory ) {
+   Map map;
+   for ( int key = 0; key < 1'000; ++key ) {
+      map.put( { key }, key );
+   }
+   const std::uint64_t before = Memory::requests();
+   int sum = 0;
+   for ( const Key key : map.keys() ) {
+      sum += map.get( key );
+      map.put( key, -1 );
+   }
+   for ( int key = 0; key < 1'000; ++key ) {
+      map.erase( { key } );
+   }
+   EXPECT_EQ( Memory::requests() - before, 0 );
+   EXPECT_EQ( sum, 999 * 1'000 / 2 );
+   EXPECT_TRUE( map.empty() );
+}
+
+TEST( KeyMapMemoryTest, AKeyThatComesAndGoesDoesNotLetItGrow ) {
+   Map map;
+   for ( int key = 0; key < 100; ++key ) {
+      map.put( { key }, key );
+   }
+   std::uint64_t requests = Memory::requests();
+   for ( int round = 0; round < 10'000; ++round ) {
+      map.erase( { 50 } );
+      map.put( { 50 }, round );
+   }
+   requests = Memory::requests() - requests;
+   EXPECT_LT( requests, 1'000 ); // the room is renewed once in a while only
+   EXPECT_EQ( map.size(), 100 );
+   EXPECT_EQ( map.get( { 50 } ), 9'999 );
+}
+
+} // namespace

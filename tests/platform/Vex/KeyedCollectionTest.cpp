@@ -1,0 +1,471 @@
+#include "platform/Vex/KeyedCollection.h"
+
+#include "platform/Vex/Ptr.h"
+#include "tests/platform/Vex/TestKey.h"
+
+#include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Key = TestKey< Hashing::spread >;
+using Map = Vex::KeyMap< Key, std::string >;
+
+template < class Collection >
+std::vector< int > keysOf( const Collection & collection ) {
+   std::vector< int > keys;
+   for ( const auto key : collection.keys() ) {
+      keys.push_back( key.number );
+   }
+   return keys;
+}
+
+// A map of these keys, each with its number as its value.
+class KeyMapTest : public testing::Test {
+ protected:
+   void fill( int count ) {
+      for ( int key = 1; key <= count; ++key ) {
+         map.put( { key }, std::to_string( key ) );
+      }
+   }
+
+   // Runs a pass and does `visit` at each key; returns the keys visited.
+   std::vector< int > passed( const std::function< void( int key ) > & visit ) {
+      std::vector< int > visited;
+      for ( const Key key : map.keys() ) {
+         visited.push_back( key.number );
+         visit( key.number );
+      }
+      return visited;
+   }
+
+   Map map;
+};
+
+TEST_F( KeyMapTest, IsEmptyAtFirst ) {
+   EXPECT_TRUE( map.empty() );
+   EXPECT_EQ( map.size(), 0 );
+   EXPECT_FALSE( map.has( { 1 } ) );
+   EXPECT_EQ( map.find( { 1 } ), nullptr );
+   EXPECT_THAT( keysOf( map ), IsEmpty() );
+}
+
+TEST_F( KeyMapTest, FindsWhatWasPutAndADefaultForWhatWasNot ) {
+   EXPECT_TRUE( map.put( { 7 }, "seven" ) );
+   EXPECT_TRUE( map.has( { 7 } ) );
+   ASSERT_NE( map.find( { 7 } ), nullptr );
+   EXPECT_EQ( *map.find( { 7 } ), "seven" );
+   EXPECT_EQ( map.get( { 7 } ), "seven" );
+   EXPECT_EQ( map.get( { 8 } ), "" );
+   EXPECT_EQ( map.size(), 1 );
+}
+
+TEST_F( KeyMapTest, ADefaultKeyAndADefaultValueAreAnEntryLikeAnyOther ) {
+   EXPECT_TRUE( map.put( {}, "" ) );
+   EXPECT_TRUE( map.has( {} ) );
+   EXPECT_EQ( map.take( {} ), "" );
+   EXPECT_FALSE( map.has( {} ) );
+}
+
+TEST_F( KeyMapTest, IteratesInTheOrderOfInsertion ) {
+   for ( const int key : { 30, 10, 20 } ) {
+      map.put( { key }, "" );
+   }
+   EXPECT_THAT( keysOf( map ), ElementsAre( 30, 10, 20 ) );
+}
+
+TEST_F( KeyMapTest, OverwritingKeepsThePlace ) {
+   fill( 3 );
+   EXPECT_TRUE( map.put( { 2 }, "two" ) );
+   EXPECT_THAT( keysOf( map ), ElementsAre( 1, 2, 3 ) );
+   EXPECT_EQ( map.get( { 2 } ), "two" );
+   EXPECT_EQ( map.size(), 3 );
+}
+
+TEST_F( KeyMapTest, PuttingAnEqualValueChangesNothing ) {
+   fill( 3 );
+   EXPECT_FALSE( map.put( { 2 }, "2" ) );
+   EXPECT_EQ( map.size(), 3 );
+}
+
+TEST_F( KeyMapTest, DeletedAndInsertedAgainGoesToTheEnd ) {
+   fill( 3 );
+   EXPECT_TRUE( map.erase( { 1 } ) );
+   EXPECT_TRUE( map.put( { 1 }, "1" ) );
+   EXPECT_THAT( keysOf( map ), ElementsAre( 2, 3, 1 ) );
+}
+
+TEST_F( KeyMapTest, TakeReturnsTheValueAndRemovesTheKey ) {
+   fill( 3 );
+   EXPECT_EQ( map.take( { 2 } ), "2" );
+   EXPECT_FALSE( map.has( { 2 } ) );
+   EXPECT_EQ( map.size(), 2 );
+   EXPECT_THAT( keysOf( map ), ElementsAre( 1, 3 ) );
+}
+
+TEST_F( KeyMapTest, TakingAnAbsentKeyIsANoOp ) {
+   fill( 2 );
+   EXPECT_EQ( map.take( { 3 } ), std::nullopt );
+   EXPECT_FALSE( map.erase( { 3 } ) );
+   map.erase( { 1 } );
+   EXPECT_FALSE( map.erase( { 1 } ) );
+   EXPECT_EQ( map.size(), 1 );
+}
+
+TEST_F( KeyMapTest, EntriesHandOutKeyAndValue ) {
+   fill( 2 );
+   std::string seen;
+   for ( const auto & [ key, value ] : map.entries() ) {
+      seen += std::to_string( key.number ) + "=" + value + " ";
+   }
+   EXPECT_EQ( seen, "1=1 2=2 " );
+}
+
+TEST_F( KeyMapTest, APointerToAValueSeesItOverwritten ) {
+   fill( 1 );
+   const std::string * const value = map.find( { 1 } );
+   map.put( { 1 }, "one" );
+   EXPECT_EQ( map.find( { 1 } ), value );
+   EXPECT_EQ( *value, "one" );
+}
+
+TEST( KeySetTest, KnowsItsKeysOnce ) {
+   Vex::KeySet< Key > set;
+   EXPECT_TRUE( set.insert( { 2 } ) );
+   EXPECT_TRUE( set.insert( { 1 } ) );
+   EXPECT_FALSE( set.insert( { 2 } ) );
+   EXPECT_EQ( set.size(), 2 );
+   EXPECT_THAT( keysOf( set ), ElementsAre( 2, 1 ) );
+   EXPECT_TRUE( set.erase( { 2 } ) );
+   EXPECT_FALSE( set.has( { 2 } ) );
+   EXPECT_TRUE( set.has( { 1 } ) );
+}
+
+TEST( KeySetTest, AnEntryWithoutAValueTakesNoMoreRoomThanItsKey ) {
+   EXPECT_EQ( sizeof( Vex::KeySet< Key >::Entry ), sizeof( Key ) );
+}
+
+// --- passes ---
+
+TEST_F( KeyMapTest, APassMayDeleteTheCurrentEntry ) {
+   fill( 5 );
+   EXPECT_THAT( passed( [ & ]( int key ) { map.erase( { key } ); } ),
+                ElementsAre( 1, 2, 3, 4, 5 ) );
+   EXPECT_TRUE( map.empty() );
+}
+
+TEST_F( KeyMapTest, APassDoesNotVisitALaterEntryThatWasDeleted ) {
+   fill( 5 );
+   EXPECT_THAT( passed( [ & ]( int key ) {
+                   map.erase( { key + 1 } );
+                   map.erase( { key + 2 } );
+                } ),
+                ElementsAre( 1, 4 ) );
+   EXPECT_THAT( keysOf( map ), ElementsAre( 1, 4 ) );
+}
+
+TEST_F( KeyMapTest, DeletingAnEarlierEntryDoesNotDisturbAPass ) {
+   fill( 5 );
+   EXPECT_THAT( passed( [ & ]( int key ) { map.erase( { key - 1 } ); } ),
+                ElementsAre( 1, 2, 3, 4, 5 ) );
+   EXPECT_THAT( keysOf( map ), ElementsAre( 5 ) );
+}
+
+TEST_F( KeyMapTest, APassDoesNotVisitWhatIsInsertedMeanwhile ) {
+   fill( 3 );
+   EXPECT_THAT( passed( [ & ]( int key ) {
+                   for ( int more = 1; more <= 100; ++more ) {
+                      map.put( { key * 1000 + more }, "new" );
+                   }
+                } ),
+                ElementsAre( 1, 2, 3 ) );
+   EXPECT_EQ( map.size(), 303 );
+   EXPECT_EQ( keysOf( map )[ 3 ], 1001 );
+}
+
+TEST_F( KeyMapTest, APassDoesNotVisitWhatIsDeletedAndInsertedAgainAheadOfIt ) {
+   fill( 4 );
+   EXPECT_THAT( passed( [ & ]( int key ) {
+                   if ( key == 1 ) {
+                      map.erase( { 3 } );
+                      map.put( { 3 }, "3" );
+                   }
+                } ),
+                ElementsAre( 1, 2, 4 ) );
+   EXPECT_THAT( keysOf( map ), ElementsAre( 1, 2, 4, 3 ) );
+}
+
+TEST_F( KeyMapTest, APassVisitsAnEntryOnceThoughItIsDeletedAndInsertedAgainBehindIt ) {
+   fill( 3 );
+   EXPECT_THAT( passed( [ & ]( int key ) {
+                   map.erase( { key } );
+                   map.put( { key }, "again" );
+                } ),
+                ElementsAre( 1, 2, 3 ) );
+   EXPECT_THAT( keysOf( map ), ElementsAre( 1, 2, 3 ) );
+}
+
+TEST_F( KeyMapTest, APassSeesAValueThatIsOverwrittenAheadOfIt ) {
+   fill( 3 );
+   std::string seen;
+   for ( const auto & [ key, value ] : map.entries() ) {
+      map.put( { key.number + 1 }, "new" );
+      seen += value + " ";
+   }
+   EXPECT_EQ( seen, "1 new new " );
+}
+
+TEST_F( KeyMapTest, APassKeepsTheEntryThatItHasHandedOut ) {
+   fill( 1 );
+   for ( const auto & entry : map.entries() ) {
+      map.erase( { 1 } );
+      for ( int key = 2; key < 100; ++key ) {
+         map.put( { key }, "new" );
+      }
+      EXPECT_EQ( entry.value, "1" );
+   }
+}
+
+TEST_F( KeyMapTest, ACollectionMayBeEmptiedAndFilledAgainDuringAPass ) {
+   fill( 50 );
+   EXPECT_THAT( passed( [ & ]( int ) {
+                   for ( int key = 1; key <= 50; ++key ) {
+                      map.erase( { key } );
+                   }
+                   fill( 50 );
+                } ),
+                ElementsAre( 1 ) );
+   EXPECT_EQ( map.size(), 50 );
+   EXPECT_EQ( keysOf( map ).front(), 1 );
+   EXPECT_EQ( keysOf( map ).back(), 50 );
+}
+
+TEST_F( KeyMapTest, AnInnerPassMayChangeWhatTheOuterOneHasYetToVisit ) {
+   fill( 6 );
+   std::string seen;
+   for ( const Key outer : map.keys() ) {
+      seen += std::to_string( outer.number ) + ":";
+      for ( const Key inner : map.keys() ) {
+         seen += std::to_string( inner.number );
+         if ( inner.number == outer.number + 1 ) {
+            map.erase( inner );
+            map.put( { outer.number + 10 }, "new" );
+         }
+      }
+      seen += " ";
+   }
+   EXPECT_EQ( seen, "1:123456 3:1345611 5:13561113 " );
+   EXPECT_THAT( keysOf( map ), ElementsAre( 1, 3, 5, 11, 13, 15 ) );
+}
+
+TEST_F( KeyMapTest, APassThatIsLeftEarlyLetsTheCollectionCloseItsHolesAgain ) {
+   fill( 1000 );
+   for ( const Key key : map.keys() ) {
+      for ( int erased = key.number; erased < 990; ++erased ) {
+         map.erase( { erased } );
+      }
+      break;
+   }
+   EXPECT_EQ( map.size(), 11 );
+   Key::comparisons = 0;
+   EXPECT_FALSE( map.has( { 5 } ) );
+   EXPECT_LE( Key::comparisons, 11 );
+   EXPECT_TRUE( map.has( { 1000 } ) );
+}
+
+TEST( KeyMapDeathTest, ACollectionThatIsDestroyedDuringAPassIsAnAssertion ) {
+   EXPECT_DEATH(
+      {
+         auto map = std::make_unique< Map >();
+         map->put( { 1 }, "" );
+         for ( const Key key : map->keys() ) {
+            static_cast< void >( key );
+            map.reset();
+         }
+      },
+      "assertion failed: passes_ == 0" );
+}
+
+// --- sizes, holes and hashes ---
+
+template < class KeyType >
+void growAndShrink( int size ) {
+   SCOPED_TRACE( size );
+   Vex::KeyMap< KeyType, int > map;
+   for ( int key = 0; key < size; ++key ) {
+      ASSERT_TRUE( map.put( { key }, key + 1 ) );
+   }
+   for ( int key = 0; key < size; ++key ) {
+      ASSERT_EQ( map.get( { key } ), key + 1 );
+   }
+   ASSERT_FALSE( map.has( { size } ) );
+   for ( int key = 0; key < size; key += 2 ) {
+      ASSERT_EQ( map.take( { key } ), key + 1 );
+   }
+   ASSERT_EQ( map.size(), static_cast< std::size_t >( size / 2 ) );
+   for ( int key = 0; key < size; ++key ) {
+      ASSERT_EQ( map.has( { key } ), key % 2 == 1 ) << key;
+   }
+   for ( int key = 0; key < size; key += 2 ) {
+      ASSERT_TRUE( map.put( { key }, 0 ) );
+   }
+   int at = 0; // the odd ones have kept their order, the even ones came after them
+   for ( const KeyType key : map.keys() ) {
+      ASSERT_EQ( key.number, at < size / 2 ? 2 * at + 1 : 2 * ( at - size / 2 ) );
+      ++at;
+   }
+   ASSERT_EQ( at, size );
+   for ( int key = 0; key < size; ++key ) {
+      ASSERT_TRUE( map.erase( { key } ) );
+   }
+   ASSERT_TRUE( map.empty() );
+}
+
+TEST( KeyMapSizeTest, EverySizeAroundTheStepsOfItsGrowthWorks ) {
+   for ( int size = 0; size <= 40; ++size ) {
+      growAndShrink< Key >( size );
+   }
+   for ( const int size : { 63, 64, 65, 100, 127, 128, 129 } ) {
+      growAndShrink< Key >( size );
+   }
+}
+
+TEST( KeyMapSizeTest, KeysWithCollidingHashesAreToldApart ) {
+   for ( const int size : { 4, 5, 16, 17, 18, 33, 200 } ) {
+      growAndShrink< TestKey< Hashing::one > >( size );
+      growAndShrink< TestKey< Hashing::few > >( size );
+   }
+}
+
+TEST( KeyMapSizeTest, AHundredThousandEntriesAreFoundAtOnce ) {
+   growAndShrink< Key >( 100'000 );
+   Vex::KeyMap< Key, int > map;
+   for ( int key = 0; key < 100'000; ++key ) {
+      map.put( { key }, key );
+   }
+   Key::comparisons = 0;
+   for ( int key = 0; key < 100'000; ++key ) {
+      ASSERT_TRUE( map.has( { key } ) );
+   }
+   EXPECT_LT( Key::comparisons, 1'000'000 );
+}
+
+TEST( KeyMapSizeTest, HolesAreClosedWhenThereAreMany ) {
+   Vex::KeyMap< Key, int > map;
+   for ( int key = 0; key < 10'000; ++key ) {
+      map.put( { key }, key );
+   }
+   for ( int key = 0; key < 9'990; ++key ) {
+      map.erase( { key } );
+   }
+   // A pass costs as much as there are entries, so many passes over ten cost little.
+   const int * const first = map.find( { 9'990 } );
+   const int * const last = map.find( { 9'999 } );
+   EXPECT_LE( last - first, 9 * 2 * 3 );
+   EXPECT_EQ( keysOf( map ).size(), 10 );
+}
+
+TEST( KeyMapSizeTest, AKeyThatComesAndGoesAmongManyStaysCheap ) {
+   Vex::KeyMap< Key, int > map;
+   for ( int key = 0; key < 10'000; ++key ) {
+      map.put( { key }, key );
+   }
+   Key::comparisons = 0;
+   for ( int round = 0; round < 1'000; ++round ) {
+      map.erase( { 5'000 } );
+      map.put( { 5'000 }, round );
+   }
+   EXPECT_LT( Key::comparisons, 20'000 );
+   EXPECT_EQ( map.get( { 5'000 } ), 999 );
+   EXPECT_EQ( map.size(), 10'000 );
+}
+
+// --- values that come back ---
+
+// Does something when it is destroyed.
+class Visitor final : public Vex::Object {
+ public:
+   explicit Visitor( std::function< void() > onDeath ) : onDeath_( std::move( onDeath ) ) {}
+
+   const Vex::Type & fwkType() const noexcept override {
+      static constexpr Vex::Type type{ "Visitor" };
+      return type;
+   }
+
+ private:
+   ~Visitor() override { onDeath_(); }
+
+   std::function< void() > onDeath_;
+};
+
+class ComingBackTest : public testing::Test {
+ protected:
+   void put( int key, std::function< void() > onDeath ) {
+      map.put( { key }, Vex::make< Visitor >( std::move( onDeath ) ) );
+   }
+
+   Vex::KeyMap< Key, Vex::Ptr< Visitor > > map;
+};
+
+TEST_F( ComingBackTest, ADeletedValueFindsTheCollectionInOrder ) {
+   bool gone = false;
+   put( 1, [ & ] { gone = !map.has( { 1 } ) && map.size() == 1; } );
+   put( 2, [] {} );
+   map.erase( { 1 } );
+   EXPECT_TRUE( gone );
+}
+
+TEST_F( ComingBackTest, ADeletedValueMayInsertItsKeyAgain ) {
+   put( 1, [ & ] { put( 1, [] {} ); } );
+   put( 2, [] {} );
+   EXPECT_TRUE( map.erase( { 1 } ) );
+   EXPECT_THAT( keysOf( map ), ElementsAre( 2, 1 ) );
+}
+
+TEST_F( ComingBackTest, ADeletedValueMayDeleteAllTheOthersDuringAPass ) {
+   for ( int key = 1; key <= 40; ++key ) {
+      put( key, [ this, key ] {
+         if ( key < 40 ) {
+            map.erase( { key + 1 } );
+         }
+      } );
+   }
+   int visited = 0;
+   for ( const Key key : map.keys() ) {
+      ++visited;
+      map.erase( key );
+   }
+   EXPECT_EQ( visited, 1 );
+   EXPECT_TRUE( map.empty() );
+}
+
+TEST_F( ComingBackTest, AnOverwrittenValueFindsTheNewOneInItsPlace ) {
+   const auto next = Vex::make< Visitor >( [] {} );
+   bool found = false;
+   put( 1, [ & ] { found = map.get( { 1 } ) == next; } );
+   map.put( { 1 }, next );
+   EXPECT_TRUE( found );
+   map.erase( { 1 } );
+}
+
+TEST_F( ComingBackTest, AnOverwrittenValueMayFillTheCollection ) {
+   put( 1, [ & ] {
+      for ( int key = 2; key <= 100; ++key ) {
+         put( key, [] {} );
+      }
+   } );
+   EXPECT_TRUE( map.put( { 1 }, nullptr ) );
+   EXPECT_EQ( map.size(), 100 );
+   EXPECT_EQ( map.get( { 1 } ), nullptr );
+}
+
+} // namespace

@@ -1,0 +1,66 @@
+#include "replay/Text.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+using Replay::columns;
+using Replay::firstMalformed;
+using Replay::inQuotes;
+
+constexpr std::size_t none = std::string_view::npos;
+
+std::string printable( std::string_view text ) {
+   std::string out;
+   Replay::appendPrintable( out, text );
+   return out;
+}
+
+TEST( FirstMalformed, FindsNothingInUtf8 ) {
+   EXPECT_EQ( firstMalformed( "" ), none );
+   EXPECT_EQ( firstMalformed( "Ethernet1" ), none );
+   EXPECT_EQ( firstMalformed( "Büro, 東京, 😀" ), none );
+   EXPECT_EQ( firstMalformed( "\xF4\x8F\xBF\xBF" ), none ); // U+10FFFF
+}
+
+TEST( FirstMalformed, FindsBytesThatMakeNoCharacter ) {
+   EXPECT_EQ( firstMalformed( "ab\xFF" ), 2U );
+   EXPECT_EQ( firstMalformed( "M\xFCller" ), 1U ); // Latin-1
+   EXPECT_EQ( firstMalformed( "\x80" ), 0U );
+   EXPECT_EQ( firstMalformed( "\xE2\x82" ), 0U ); // cut
+   EXPECT_EQ( firstMalformed( "\xE2\x82x" ), 0U );
+   EXPECT_EQ( firstMalformed( "\xC0\xAF" ), 0U ); // overlong
+   EXPECT_EQ( firstMalformed( "\xE0\x80\xAF" ), 0U ); // overlong
+   EXPECT_EQ( firstMalformed( "\xED\xA0\x80" ), 0U ); // surrogate
+   EXPECT_EQ( firstMalformed( "\xF4\x90\x80\x80" ), 0U ); // beyond U+10FFFF
+}
+
+TEST( AppendPrintable, EscapesWhatMovesATerminal ) {
+   EXPECT_EQ( printable( "a\x1b[31m\r\n\tb\x7f" ), "a\\x1b[31m\\x0d\\x0a\\x09b\\x7f" );
+   EXPECT_EQ( printable( std::string( "a\0b", 3 ) ), "a\\x00b" );
+   EXPECT_EQ( printable( "\xC2\x9B" ), "\\xc2\\x9b" ); // U+009B begins a terminal sequence, too
+}
+
+TEST( AppendPrintable, EscapesMalformedBytesAndKeepsOtherText ) {
+   EXPECT_EQ( printable( "é\xFF\xE2\x82" ), "é\\xff\\xe2\\x82" );
+   EXPECT_EQ( printable( "\xC2\xA0" ), "\xC2\xA0" );
+}
+
+TEST( InQuotes, ShortensALongWordAtACharacter ) {
+   EXPECT_EQ( inQuotes( "Ethernet1" ), "'Ethernet1'" );
+   EXPECT_EQ( inQuotes( std::string( 48, 'x' ) ), "'" + std::string( 48, 'x' ) + "'" );
+   EXPECT_EQ( inQuotes( std::string( 1'000'000, 'x' ) ), "'" + std::string( 48, 'x' ) + "…'" );
+   std::string umlauts;
+   for ( int i = 0; i < 50; ++i ) {
+      umlauts += "ü";
+   }
+   EXPECT_EQ( inQuotes( umlauts ), "'" + umlauts.substr( 0, 96 ) + "…'" );
+}
+
+TEST( Columns, CountsCharacters ) {
+   EXPECT_EQ( columns( "" ), 0U );
+   EXPECT_EQ( columns( "Büro" ), 4U );
+}
+
+} // namespace
