@@ -34,8 +34,9 @@ namespace Velo {
 /// Mlag::Status::peerInterlock selects, also when that changes. The peer-coordinated one admits the
 /// members of an MLAG LAG once the peer has answered this switch's request (written to
 /// `aclRequestToPeer`, answered in `aclResponseFromPeer` with the same token) and the local egress
-/// ACL is reported installed, if one is needed; when the peer has not answered within 0.1 s, without
-/// either. `taskScheduler` runs that time-out; it does not own a thread: the agent drives it.
+/// ACL is reported installed, if one is needed; when the peer has not answered within 0.1 s,
+/// without either. `taskScheduler` runs that time-out; it does not own a thread: the agent drives
+/// it.
 VEX_EXPORT Vex::Ptr< InterlockModel::StateMachine > mlagEgressAclIntfInterlockControllerSmFactory(
    Vex::Ptr< const Interface::Interlock::IntfFeatureStatus > inIntfFeatureStatus,
    Vex::Ptr< const Hardware::Lag::Config > hwLagConfig,
@@ -53,8 +54,8 @@ VEX_EXPORT Vex::Ptr< InterlockModel::StateMachine > mlagEgressAclIntfInterlockSm
    Vex::Ptr< const Mlag::Status > mlagStatus,
    Vex::Ptr< Interface::Interlock::IntfFeatureStatus > outIntfFeatureStatus );
 
-/// The older form of the basic egress-ACL interlock, for agents that still run it. It decides alike,
-/// with more gaps: see docs/gaps.md.
+/// The older form of the basic egress-ACL interlock, for agents that still run it. It decides
+/// alike, with more gaps: see docs/gaps.md.
 VEX_EXPORT Vex::Ptr< InterlockModel::StateMachine > deprecatedMlagEgressAclIntfInterlockSmFactory(
    Vex::Ptr< const Interface::Interlock::IntfFeatureStatus > inIntfFeatureStatus,
    Vex::Ptr< const Hardware::Lag::Config > hwLagConfig,

@@ -126,8 +126,8 @@ DeprecatedMlagEgressAclIntfInterlockSm::DeprecatedMlagEgressAclIntfInterlockSmIs
 // directly.
 DeprecatedMlagEgressAclIntfInterlockSm::DeprecatedMlagEgressAclIntfInterlockSm(
    Vex::Ptr< const IntfFeatureStatus > inIntfFeatureStatus,
-   const Vex::Ptr< const Hardware::Lag::Config > & hwLagConfig,
-   const Vex::Ptr< const Mlag::Status > & mlagStatus,
+   Vex::Ptr< const Hardware::Lag::Config > hwLagConfig,
+   Vex::Ptr< const Mlag::Status > mlagStatus,
    Vex::Ptr< IntfFeatureStatus > outIntfFeatureStatus )
     : outIntfFeatureStatus_( std::move( outIntfFeatureStatus ) ) {
    inIntfFeatureStatus_.createIfGiven( std::move( inIntfFeatureStatus ) );

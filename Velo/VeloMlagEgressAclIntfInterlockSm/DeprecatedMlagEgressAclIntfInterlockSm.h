@@ -85,11 +85,10 @@ class DeprecatedMlagEgressAclIntfInterlockSm final : public InterlockModel::Stat
       Vex::Ptr< const Mlag::Status > mlagStatus,
       Vex::Ptr< IntfFeatureStatus > outIntfFeatureStatus );
 
-   DeprecatedMlagEgressAclIntfInterlockSm(
-      Vex::Ptr< const IntfFeatureStatus > inIntfFeatureStatus,
-      const Vex::Ptr< const Hardware::Lag::Config > & hwLagConfig,
-      const Vex::Ptr< const Mlag::Status > & mlagStatus,
-      Vex::Ptr< IntfFeatureStatus > outIntfFeatureStatus );
+   DeprecatedMlagEgressAclIntfInterlockSm( Vex::Ptr< const IntfFeatureStatus > inIntfFeatureStatus,
+                                           Vex::Ptr< const Hardware::Lag::Config > hwLagConfig,
+                                           Vex::Ptr< const Mlag::Status > mlagStatus,
+                                           Vex::Ptr< IntfFeatureStatus > outIntfFeatureStatus );
 
    static const Vex::Type & staticFwkType() noexcept;
    const Vex::Type & fwkType() const noexcept override;

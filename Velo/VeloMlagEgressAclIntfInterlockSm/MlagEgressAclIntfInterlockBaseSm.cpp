@@ -120,8 +120,8 @@ void MlagEgressAclIntfInterlockBaseSm::InitMemSm::vex_handleInitialMemberSm_memb
 
 MlagEgressAclIntfInterlockBaseSm::MlagEgressAclIntfInterlockBaseSm(
    Vex::Ptr< const IntfFeatureStatus > aclIntfFeatureStatus,
-   const Vex::Ptr< const Hardware::Lag::Config > & hwLagConfig,
-   const Vex::Ptr< const Mlag::Status > & mlagStatus,
+   Vex::Ptr< const Hardware::Lag::Config > hwLagConfig,
+   Vex::Ptr< const Mlag::Status > mlagStatus,
    Vex::Ptr< IntfFeatureStatus > outIntfFeatureStatus )
     : outIntfFeatureStatus_( std::move( outIntfFeatureStatus ) ) {
    aclIntfFeatureStatus_.createIfGiven( std::move( aclIntfFeatureStatus ) );

@@ -137,8 +137,8 @@ class MlagEgressAclIntfInterlockBaseSm : public InterlockModel::StateMachine {
 
  protected:
    MlagEgressAclIntfInterlockBaseSm( Vex::Ptr< const IntfFeatureStatus > aclIntfFeatureStatus,
-                                     const Vex::Ptr< const Hardware::Lag::Config > & hwLagConfig,
-                                     const Vex::Ptr< const Mlag::Status > & mlagStatus,
+                                     Vex::Ptr< const Hardware::Lag::Config > hwLagConfig,
+                                     Vex::Ptr< const Mlag::Status > mlagStatus,
                                      Vex::Ptr< IntfFeatureStatus > outIntfFeatureStatus );
    ~MlagEgressAclIntfInterlockBaseSm() override;
 

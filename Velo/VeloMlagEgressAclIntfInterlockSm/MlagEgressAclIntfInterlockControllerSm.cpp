@@ -1,6 +1,7 @@
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/MlagEgressAclIntfInterlockControllerSm.h"
 
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/Trace.h"
+#include "platform/Vex/ScopedValue.h"
 
 #include <utility>
 
@@ -166,19 +167,13 @@ void MlagEgressAclIntfInterlockControllerSm::handleFeatureSwitchover() {
    if ( switchoverUnderWay_ ) {
       return;
    }
-   switchoverUnderWay_ = true;
-   try {
-      while ( std::exchange( switchoverWanted_, false ) ) {
-         const auto status = mlagStatus();
-         duplog( Vex::at< 0 >(), prefix, "handleFeatureSwitchover", " peer-interlock: ",
-                 status->peerInterlock() );
-         switchOver( status );
-      }
-   } catch ( ... ) {
-      switchoverUnderWay_ = false;
-      throw;
+   const Vex::ScopedValue underWay( switchoverUnderWay_, true );
+   while ( std::exchange( switchoverWanted_, false ) ) {
+      const auto status = mlagStatus();
+      duplog( Vex::at< 0 >(), prefix, "handleFeatureSwitchover",
+              " peer-interlock: ", status->peerInterlock() );
+      switchOver( status );
    }
-   switchoverUnderWay_ = false;
 }
 
 // The old child always goes before the new one comes.

@@ -63,8 +63,8 @@ class MlagEgressAclIntfPeerInterlockSm final : public MlagEgressAclIntfInterlock
       Vex::Ptr< Kel::TaskScheduler > taskScheduler );
 
    MlagEgressAclIntfPeerInterlockSm( Vex::Ptr< const IntfFeatureStatus > aclIntfFeatureStatus,
-                                     const Vex::Ptr< const Hardware::Lag::Config > & hwLagConfig,
-                                     const Vex::Ptr< const Mlag::Status > & mlagStatus,
+                                     Vex::Ptr< const Hardware::Lag::Config > hwLagConfig,
+                                     Vex::Ptr< const Mlag::Status > mlagStatus,
                                      Vex::Ptr< IntfFeatureStatus > outIntfFeatureStatus,
                                      Vex::Ptr< const Mlag::AclInstallResponse > aclResponseFromPeer,
                                      Vex::Ptr< Mlag::AclInstallRequest > aclRequestToPeer,
@@ -162,11 +162,13 @@ class MlagEgressAclIntfPeerInterlockSm final : public MlagEgressAclIntfInterlock
    bool isMlagIntf( Nodo::IntfId lag ) const;
    /// Whether the peer has answered the LAG's current request.
    bool matched( Nodo::IntfId lag ) const;
+   /// What updateLinkState finds.
+   LinkEvent observe( Nodo::IntfId lag ) const;
    void resumeWatermark();
    /// Cleaning up, or marked for deletion: a handler that is reached now, or was under way, is to
    /// leave requests, deadlines and output alone.
    bool retired() const { return cleaningUp_ || markedForDeletion(); }
-   void scheduleTask( Vex::Seconds delay );
+   void scheduleTask( Vex::Seconds after );
 
    InterlockModel::SingleReactor< VexAclResponseFromPeer > aclResponseFromPeer_{ *this };
    Vex::Ptr< Mlag::AclInstallRequest > aclRequestToPeer_;

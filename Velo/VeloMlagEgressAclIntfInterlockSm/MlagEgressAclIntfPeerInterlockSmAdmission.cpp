@@ -29,8 +29,8 @@ MlagEgressAclIntfPeerInterlockSm::MlagEgressAclIntfPeerInterlockSmIs(
 
 MlagEgressAclIntfPeerInterlockSm::MlagEgressAclIntfPeerInterlockSm(
    Vex::Ptr< const IntfFeatureStatus > aclIntfFeatureStatus,
-   const Vex::Ptr< const Hardware::Lag::Config > & hwLagConfig,
-   const Vex::Ptr< const Mlag::Status > & mlagStatus,
+   Vex::Ptr< const Hardware::Lag::Config > hwLagConfig,
+   Vex::Ptr< const Mlag::Status > mlagStatus,
    Vex::Ptr< IntfFeatureStatus > outIntfFeatureStatus,
    Vex::Ptr< const Mlag::AclInstallResponse > aclResponseFromPeer,
    Vex::Ptr< Mlag::AclInstallRequest > aclRequestToPeer,

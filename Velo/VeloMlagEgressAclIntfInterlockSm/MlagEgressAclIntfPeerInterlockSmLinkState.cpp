@@ -27,14 +27,18 @@ void MlagEgressAclIntfPeerInterlockSm::linkStateDelAll() {
    }
 }
 
+LinkEvent MlagEgressAclIntfPeerInterlockSm::observe( Nodo::IntfId lag ) const {
+   if ( !lagActive( lag ) ) {
+      return LinkEvent::inactive;
+   }
+   return matched( lag ) ? LinkEvent::matched : LinkEvent::notMatched;
+}
+
 void MlagEgressAclIntfPeerInterlockSm::updateLinkState( Nodo::IntfId lag ) {
    duplog( Vex::at< 0 >(), smName(), "updateLinkState", " lag : ", lag );
    VEX_ASSERT( mlagStatus()->intfStatusHas( lag ) );
    const LinkState from = linkState( lag );
-   const LinkEvent event = !lagActive( lag ) ? LinkEvent::inactive
-                           : matched( lag )  ? LinkEvent::matched
-                                             : LinkEvent::notMatched;
-   const NextLinkState next = nextLinkState( from, event );
+   const NextLinkState next = nextLinkState( from, observe( lag ) );
    if ( !next ) {
       return;
    }

@@ -7,16 +7,17 @@
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/Trace.h"
 #include "platform/Vex/Assert.h"
 #include "platform/Vex/Clock.h"
-
-#include <utility>
+#include "platform/Vex/ScopedValue.h"
 
 namespace Velo {
 
 using EgressAcl::duplog;
 
+// Whether notifications are active is not asked: the task runs once, and a time-out that were not
+// heard would leave its LAG requesting, and every other one without a time-out, for good.
 void MlagEgressAclIntfPeerInterlockSm::VexTask::onAttribute( Attribute attribute,
                                                              const Vex::NoKey & /* key */ ) {
-   const auto sm = forwarding();
+   const auto sm = ownerUnlessZombie();
    if ( !sm ) {
       return;
    }
@@ -110,13 +111,12 @@ void MlagEgressAclIntfPeerInterlockSm::doCleanup() {
    duplog( Vex::at< 0 >(), smName(), "doCleanup" );
    // Whoever hears of a withdrawal may change an input; the requests that this would set off would
    // have no owner.
-   const bool before = std::exchange( cleaningUp_, true );
+   const Vex::ScopedValue cleaningUp( cleaningUp_, true );
    scheduleTask( Vex::Seconds::infinity() );
    for ( const Nodo::IntfId lag : aclRequestToPeer_->installRequest().keys() ) {
       aclRequestToPeer_->installRequestDel( lag );
    }
    linkStateDelAll();
-   cleaningUp_ = before;
 }
 
 } // namespace Velo

@@ -136,8 +136,8 @@ Vex::Ptr< VlanXlateIntfInterlockSm > VlanXlateIntfInterlockSm::VlanXlateIntfInte
 // The full pass comes before the per-entity reactors, on purpose: it reads the inputs directly.
 VlanXlateIntfInterlockSm::VlanXlateIntfInterlockSm(
    Vex::Ptr< const IntfFeatureStatus > inIntfFeatureStatus,
-   const Vex::Ptr< const Hardware::Lag::Config > & hwLagConfig,
-   const Vex::Ptr< const Bridging::Config > & bridgingConfig,
+   Vex::Ptr< const Hardware::Lag::Config > hwLagConfig,
+   Vex::Ptr< const Bridging::Config > bridgingConfig,
    Vex::Ptr< IntfFeatureStatus > outIntfFeatureStatus )
     : outIntfFeatureStatus_( std::move( outIntfFeatureStatus ) ) {
    inIntfFeatureStatus_.createIfGiven( std::move( inIntfFeatureStatus ) );

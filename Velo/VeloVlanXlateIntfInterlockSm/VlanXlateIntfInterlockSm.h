@@ -89,8 +89,8 @@ class VlanXlateIntfInterlockSm final : public InterlockModel::StateMachine {
       Vex::Ptr< IntfFeatureStatus > outIntfFeatureStatus );
 
    VlanXlateIntfInterlockSm( Vex::Ptr< const IntfFeatureStatus > inIntfFeatureStatus,
-                             const Vex::Ptr< const Hardware::Lag::Config > & hwLagConfig,
-                             const Vex::Ptr< const Bridging::Config > & bridgingConfig,
+                             Vex::Ptr< const Hardware::Lag::Config > hwLagConfig,
+                             Vex::Ptr< const Bridging::Config > bridgingConfig,
                              Vex::Ptr< IntfFeatureStatus > outIntfFeatureStatus );
 
    static const Vex::Type & staticFwkType() noexcept;

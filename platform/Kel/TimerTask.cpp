@@ -3,6 +3,7 @@
 #include "platform/Vex/Assert.h"
 #include "platform/Vex/Clock.h"
 #include "platform/Vex/NullArgumentError.h"
+#include "platform/Vex/ScopedValue.h"
 
 #include <algorithm>
 #include <cmath>
@@ -57,14 +58,10 @@ Vex::Seconds TimerTask::due() const noexcept {
 }
 
 void TimerTask::run() {
-   running_ = true;
-   try {
+   {
+      const Vex::ScopedValue running( running_, true );
       notify( TimerTaskAttribute::taskCurrentlyRunning );
-   } catch ( ... ) {
-      running_ = false;
-      throw;
    }
-   running_ = false;
    notify( TimerTaskAttribute::taskCurrentlyRunning );
 }
 

@@ -4,10 +4,12 @@ interlock_tests( peer-tests LIBRARIES velo-objects SOURCES
    VeloMlagEgressAclIntfInterlockSm/PeerAdmissionTest.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerLinkStateTest.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerReentrancyTest.cpp
+   VeloMlagEgressAclIntfInterlockSm/PeerRetiredTest.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerTimeoutTest.cpp )
 
 # Small worlds played through whole.
 interlock_tests( peer-exhaustive-tests LIBRARIES velo-objects SOURCES
    VeloMlagEgressAclIntfInterlockSm/PeerExhaustiveTest.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerLivenessTest.cpp
+   VeloMlagEgressAclIntfInterlockSm/PeerModel.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerRandomTest.cpp )

@@ -1,7 +1,7 @@
 #pragma once
 
-// A World with the peer-coordinated egress-ACL interlock in it, started by hand or by its controller,
-// and what must hold of it whenever nothing is under way.
+// A World with the peer-coordinated egress-ACL interlock in it, started by hand or by its
+// controller, and what must hold of it whenever nothing is under way.
 
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/MlagEgressAclIntfInterlockControllerSm.h"
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/MlagEgressAclIntfPeerInterlockSm.h"
@@ -44,8 +44,8 @@ inline Vex::String requestOf( const World & world, const Vex::String & lag = "Po
    return requests.has( intf( lag ) ) ? text( requests.get( intf( lag ) ) ) : "none";
 }
 
-/// The deadlines in their order, then what the task is armed for, in seconds:
-/// "PortChannel10 0.100000 PortChannel20 0.110000 | PortChannel10 0.100000"; "|" when there is none.
+/// The deadlines in their order, then what the task is armed for, in seconds: "PortChannel10
+/// 0.100000 PortChannel20 0.110000 | PortChannel10 0.100000"; "|" when there is none.
 inline Vex::String timersOf( const PeerSm & sm ) {
    Vex::String all;
    for ( const auto entry : sm.timer().entries() ) {
@@ -61,8 +61,8 @@ inline Vex::String timersOf( const PeerSm & sm ) {
    return all;
 }
 
-/// What is wrong with the time-outs; empty when all is well: a LAG has a deadline exactly as long as
-/// it is requesting, and the task is armed for the earliest.
+/// What is wrong with the time-outs; empty when all is well: a LAG has a deadline exactly as long
+/// as it is requesting, and the task is armed for the earliest.
 inline Vex::String brokenTimeouts( const PeerSm & sm ) {
    std::size_t requesting = 0;
    for ( const auto entry : sm.linkState().entries() ) {

@@ -24,7 +24,7 @@ struct DeprecatedLife : DeprecatedInterlock {
    }
 };
 
-// ---- Construction --------------------------------------------------------------------------------
+// ---- Construction -------------------------------------------------------------------------------
 
 TEST_F( DeprecatedLife, EveryInputIsWatchedOnceItIsConstructed ) {
    world.lag( "PortChannel20", {} );
@@ -100,7 +100,7 @@ TEST_F( DeprecatedLife, SwitchingNotificationsReachesEveryReactor ) {
    EXPECT_TRUE( sm->vexPeerLinkIntf()->hasNotificationActive() );
 }
 
-// ---- Teardown ------------------------------------------------------------------------------------
+// ---- Teardown -----------------------------------------------------------------------------------
 
 TEST_F( DeprecatedLife, TheOutputStaysWhenItGoes ) {
    world.installed( "Ethernet1" );
@@ -148,7 +148,7 @@ TEST_F( DeprecatedLife, AReactorThatOutlivesItIsAZombieWithoutOwner ) {
    EXPECT_EQ( verdicts->take(), "" );
 }
 
-// ---- Ways to construct it --------------------------------------------------------------------------
+// ---- Ways to construct it -----------------------------------------------------------------------
 
 TEST_F( DeprecatedLife, TheExportedFactoryStartsIt ) {
    world.installed( "Ethernet1" );
@@ -187,7 +187,7 @@ TEST_F( DeprecatedLife, ConstructedByNameComplainsOfWrongArguments ) {
    EXPECT_EQ( world.hwLagConfig->notifiees(), 0U );
 }
 
-// ---- Re-entrancy: PortChannel10 has the members Ethernet1 to Ethernet3, all of them held out --------
+// ---- Re-entrancy: PortChannel10 has the members Ethernet1 to Ethernet3, all of them held out ----
 
 struct DeprecatedReentrancy : DeprecatedInterlock {
    DeprecatedReentrancy() {

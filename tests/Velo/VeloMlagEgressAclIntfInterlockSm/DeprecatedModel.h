@@ -1,9 +1,9 @@
 #pragma once
 
-// The deprecated egress-ACL interlock once more, as one plain rule over plain values, for the random
-// test. It knows which changes lead to a decision and of which pairs; an entry stays as it was last
-// decided until something touches its pair. Entities have numbers: one that is out of use can still
-// change, and is heard only where a watch points to it.
+// The deprecated egress-ACL interlock once more, as one plain rule over plain values, for the
+// random test. It knows which changes lead to a decision and of which pairs; an entry stays as it
+// was last decided until something touches its pair. Entities have numbers: one that is out of use
+// can still change, and is heard only where a watch points to it.
 
 #include <algorithm>
 #include <map>

@@ -58,7 +58,7 @@ class Switch {
       return names[ below( n ) ];
    }
 
-   // ---- The input, the output --------------------------------------------------------------------
+   // ---- The input, the output -------------------------------------------------------------------
 
    std::string inputEntry() {
       const Model::Deprecated::Pair pair{ any( portNames ), any( lagNames ) };
@@ -94,7 +94,7 @@ class Switch {
       return "somebody deletes from the output";
    }
 
-   // ---- LAGs -------------------------------------------------------------------------------------
+   // ---- LAGs ------------------------------------------------------------------------------------
 
    Id createdSet( const std::string & lag ) {
       sets_.push_back( Vex::make< Hardware::Lag::InitialMember >( intf( lag ) ) );
@@ -163,7 +163,7 @@ class Switch {
       return "another LAG configuration";
    }
 
-   // ---- MLAG -------------------------------------------------------------------------------------
+   // ---- MLAG ------------------------------------------------------------------------------------
 
    std::string mlagState() {
       const auto state = static_cast< unsigned >( below( 4 ) != 0 ? 3 + below( 2 ) : 5 );
@@ -248,7 +248,7 @@ class Switch {
       return "another MLAG status";
    }
 
-   // ---- The interlock itself ---------------------------------------------------------------------
+   // ---- The interlock itself --------------------------------------------------------------------
 
    std::string watches() {
       const std::string & lag = any( lagNames );

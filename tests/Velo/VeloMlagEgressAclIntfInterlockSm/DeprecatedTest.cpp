@@ -20,7 +20,7 @@ struct DeprecatedVerdicts : DeprecatedInterlock {
    bool needed() const { return sm->shouldInstallEgressAcl( intf( "PortChannel10" ) ); }
 };
 
-// ---- Whether the ACL is needed -------------------------------------------------------------------
+// ---- Whether the ACL is needed ------------------------------------------------------------------
 
 TEST_F( DeprecatedVerdicts, NeedsTheAclOfAnMlagLagThatIsActiveOnThePeer ) {
    start();
@@ -78,7 +78,7 @@ TEST_F( DeprecatedVerdicts, AMemberIsActiveWhereTheSetOfItsLagHasIt ) {
    EXPECT_FALSE( sm->lagMemberActive( intf( "Ethernet1" ), intf( "PortChannel90" ) ) );
 }
 
-// ---- Verdicts ------------------------------------------------------------------------------------
+// ---- Verdicts -----------------------------------------------------------------------------------
 
 TEST_F( DeprecatedVerdicts, WhileMlagIsInactiveEveryMemberIsAdmittedWhateverTheInput ) {
    world.mlagState( State::inactive ).lag( "PortChannel20", { "Ethernet5", "Ethernet6" } );
@@ -180,7 +180,7 @@ TEST_F( DeprecatedVerdicts, TheMlagStatusOfALagDecidesThatLagOnly ) {
    EXPECT_EQ( verdicts->take(), "+(Ethernet5, PortChannel20)" );
 }
 
-// ---- What it does not look at until something else happens ----------------------------------------
+// ---- What it does not look at until something else happens --------------------------------------
 
 TEST_F( DeprecatedVerdicts, ALagThatComesWithMembersIsNotDecided ) {
    start();
@@ -247,7 +247,7 @@ TEST_F( DeprecatedVerdicts, AReplacedInitialMemberIsNotDecided ) {
    EXPECT_TRUE( world.admits( "Ethernet1" ) );
 }
 
-// ---- Start ---------------------------------------------------------------------------------------
+// ---- Start --------------------------------------------------------------------------------------
 
 TEST_F( DeprecatedVerdicts, TheStartDecidesWhatAnEarlierOwnerLeftBeforeTheLags ) {
    world.member( "Ethernet2" ).installed( "Ethernet2" );

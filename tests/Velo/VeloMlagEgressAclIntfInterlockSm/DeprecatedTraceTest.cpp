@@ -1,5 +1,6 @@
-// What the deprecated egress-ACL interlock traces, word for word, to the text trace and to the ring.
-// How a message begins differs by handler; the missing blanks and "inactve" are as they should be.
+// What the deprecated egress-ACL interlock traces, word for word, to the text trace and to the
+// ring. How a message begins differs by handler; the missing blanks and "inactve" are as they
+// should be.
 
 #include "tests/Velo/VeloMlagEgressAclIntfInterlockSm/DeprecatedSm.h"
 #include "tests/support/RingRecorder.h"
@@ -82,7 +83,7 @@ std::vector< Message > operator+( std::vector< Message > first,
    return first;
 }
 
-// ---- shouldInstallEgressAcl ----------------------------------------------------------------------
+// ---- shouldInstallEgressAcl ---------------------------------------------------------------------
 
 TEST_F( DeprecatedTrace, MlagIsInactive ) {
    world.mlagState( State::connecting );
@@ -133,7 +134,7 @@ TEST_F( DeprecatedTrace, NoMlagInterface ) {
                     "shouldInstallEgressAcllag PortChannel10 isn't an Mlag", "PortChannel10" } } );
 }
 
-// ---- handleMember --------------------------------------------------------------------------------
+// ---- handleMember -------------------------------------------------------------------------------
 
 TEST_F( DeprecatedTrace, OfAMemberThatIsNotActive ) {
    ofMember( "Ethernet2" );
@@ -181,7 +182,7 @@ TEST_F( DeprecatedTrace, OfAMemberWhoseAclIsNotInstalled ) {
                           "lag and member are not in input IntfFeatureStatus", "" } } );
 }
 
-// ---- The other handlers --------------------------------------------------------------------------
+// ---- The other handlers -------------------------------------------------------------------------
 
 TEST_F( DeprecatedTrace, OfAnInputEntry ) {
    world.lagGone( "PortChannel10" );

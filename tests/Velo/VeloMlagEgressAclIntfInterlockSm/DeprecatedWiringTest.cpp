@@ -19,7 +19,7 @@ struct DeprecatedWiring : DeprecatedInterlock {
 const Vex::String allLags =
    "handleMlagStateOrPeerlink() handleAllLags() handleMember(Ethernet1,PortChannel10)";
 
-// ---- inIntfFeatureStatus -------------------------------------------------------------------------
+// ---- inIntfFeatureStatus ------------------------------------------------------------------------
 
 TEST_F( DeprecatedWiring, AnInputEntryCallsItsHandlerWhenItComesAndWhenItGoes ) {
    const Vex::String call =
@@ -43,7 +43,7 @@ TEST_F( DeprecatedWiring, AnotherInputStatusCallsNothingAndIsFollowedFromThenOn 
    EXPECT_EQ( verdicts->take(), "-(Ethernet1, PortChannel10)" );
 }
 
-// ---- hwLagConfig ---------------------------------------------------------------------------------
+// ---- hwLagConfig --------------------------------------------------------------------------------
 
 TEST_F( DeprecatedWiring, ANewLagIsWatchedAndCallsNothing ) {
    world.lag( "PortChannel20", { "Ethernet5" } );
@@ -107,7 +107,7 @@ TEST_F( DeprecatedWiring, NoLagConfigAnyMoreCallsNothingAndLeavesTheReactors ) {
    EXPECT_EQ( calls(), "" );
 }
 
-// ---- mlagStatus ----------------------------------------------------------------------------------
+// ---- mlagStatus ---------------------------------------------------------------------------------
 
 TEST_F( DeprecatedWiring, TheMlagStateDecidesEveryLag ) {
    world.mlagState( Mlag::State::disabled );
@@ -190,7 +190,7 @@ TEST_F( DeprecatedWiring, NoMlagStatusAnyMoreCallsNothing ) {
    EXPECT_EQ( watchedPeerLink(), "Port-Channel1000" );
 }
 
-// ---- initialMemberSm, peerLinkIntf ---------------------------------------------------------------
+// ---- initialMemberSm, peerLinkIntf --------------------------------------------------------------
 
 TEST_F( DeprecatedWiring, AMemberDecidesItsPairAloneWhenItComesChangesAndGoes ) {
    const Vex::String call = "handleMember(Ethernet2,PortChannel10)";
@@ -209,7 +209,7 @@ TEST_F( DeprecatedWiring, TheLinkStatusOfThePeerLinkDecidesEveryLag ) {
    EXPECT_EQ( calls(), allLags );
 }
 
-// ---- Guards: marked for deletion -----------------------------------------------------------------
+// ---- Guards: marked for deletion ----------------------------------------------------------------
 
 TEST_F( DeprecatedWiring, AZombieCallsNoHandlerAndKeepsNothing ) {
    sm->vexDoZombieReactors( true );
@@ -239,7 +239,7 @@ TEST_F( DeprecatedWiring, WithoutOwnerNothingIsCalledAndNothingIsKept ) {
    EXPECT_NE( sm->vexPeerLinkIntf(), nullptr );
 }
 
-// ---- Guards: notifications inactive ----------------------------------------------------------------
+// ---- Guards: notifications inactive -------------------------------------------------------------
 
 TEST_F( DeprecatedWiring, WhileNotificationsAreInactiveNoHandlerIsCalled ) {
    sm->hasNotificationActiveIs( false );
@@ -297,7 +297,7 @@ TEST_F( DeprecatedWiring, EachReactorHasItsOwnMark ) {
    EXPECT_EQ( verdicts->take(), "+(Ethernet1, PortChannel10)" );
 }
 
-// ---- Mutators ------------------------------------------------------------------------------------
+// ---- Mutators -----------------------------------------------------------------------------------
 
 TEST_F( DeprecatedWiring, ANullInitialMemberIsRefusedAndNothingIsWatched ) {
    try {

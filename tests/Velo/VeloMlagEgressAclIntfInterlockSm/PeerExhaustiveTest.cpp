@@ -14,7 +14,7 @@
 namespace Velo {
 namespace {
 
-#if defined( __SANITIZE_ADDRESS__ ) || defined( INTERLOCK_SANITIZED )
+#if defined( __SANITIZE_ADDRESS__ )
 constexpr std::size_t usualDepth = 4;
 #else
 constexpr std::size_t usualDepth = 5;

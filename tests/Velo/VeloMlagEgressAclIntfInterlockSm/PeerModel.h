@@ -1,14 +1,15 @@
 #pragma once
 
-// What the controller's interlocks do, reckoned without them: small numbers in place of entities, and
-// no notification. LAGs and members are numbered; a set of members is a mask. What no change looks
-// at (a LAG that comes, goes or is replaced) is a change of the inputs here and nothing else.
+// What the controller's interlocks do, reckoned without them: small numbers in place of entities,
+// and no notification. LAGs and members are numbered; a set of members is a mask. What no change
+// looks at (a LAG that comes, goes or is replaced) is a change of the inputs here and nothing else.
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace Velo {
@@ -162,8 +163,7 @@ struct PeerModel {
       }
    }
    void mlagActiveIs( bool active ) {
-      mlagActive = active;
-      if ( running && !peerMode ) {
+      if ( std::exchange( mlagActive, active ) != active && running && !peerMode ) {
          decideAll();
       }
    }
@@ -205,58 +205,11 @@ struct PeerModel {
       }
       now = target;
    }
-   void start( bool asPeer ) {
-      running = true;
-      peerMode = asPeer;
-      if ( peerMode ) {
-         watermark = 1;
-         for ( const Lag & lag : lags ) {
-            watermark = std::max( watermark, lag.response.value_or( 0 ) );
-         }
-      } else {
-         decideLeftOver();
-      }
-      decideAll();
-      if ( peerMode ) {
-         decideLeftOver();
-         for ( std::size_t at = 0; at < lagCount; ++at ) {
-            if ( lags[ at ].request && !isActive( lags[ at ] ) ) {
-               decideLag( at );
-            }
-         }
-      }
-   }
-   void decideLeftOver() {
-      for ( std::size_t at = 0; at < lagCount; ++at ) {
-         const Lag & lag = lags[ at ];
-         if ( peerMode && !isActive( lag ) ) {
-            if ( lag.admitted != 0 ) {
-               decideLag( at );
-            }
-         } else {
-            decideEach( at, peerMode ? static_cast< Mask >( lag.admitted & ~lag.members )
-                                     : lag.admitted );
-         }
-      }
-   }
-   void stop() {
-      running = false;
-      for ( Lag & lag : lags ) {
-         lag.state.reset();
-      }
-      deadlines.clear();
-   }
-   void modeIs( bool asPeer ) {
-      if ( running && asPeer != peerMode ) {
-         stop();
-         if ( !asPeer ) {
-            for ( Lag & lag : lags ) {
-               lag.request.reset();
-            }
-         }
-         start( asPeer );
-      }
-   }
+   // Starting and stopping, in PeerModel.cpp.
+   void start( bool asPeer );
+   void decideLeftOver();
+   void stop();
+   void modeIs( bool asPeer );
 };
 
 } // namespace Velo

@@ -56,7 +56,7 @@ class RandomChanges {
       case 15:
          return run.pass( static_cast< double >( pick( 60 ) ) / 1000 );
       case 16:
-         return pick( 4 ) == 0 ? run.sleep( static_cast< double >( pick( 4000 ) ) / 16 )
+         return pick( 4 ) == 0 ? run.suspend( static_cast< double >( pick( 4000 ) ) / 16 )
                                : run.pass( 0.1 );
       case 17:
          return pick( 4 ) == 0 ? run.mode( !run.model().peerMode )

@@ -91,7 +91,7 @@ struct Scene {
       }
    }
    /// Also from inside a task: time goes on at one stroke.
-   void sleep( double seconds ) {
+   void suspend( double seconds ) {
       world.clock.jumpTo( world.clock.now() + Vex::Seconds( seconds ) );
       while ( world.scheduler->runDue() != 0 ) {}
    }
@@ -112,11 +112,11 @@ const std::vector< Step > changes{
    { "an answer", []( Scene & s ) { s.world.answerRequest( lag20 ); } },
    { "an answer withdrawn", []( Scene & s ) { s.world.answerGone( lag10 ); }, true },
    { "a stale answer", []( Scene & s ) { s.world.answer( lag10, 1 ); }, true },
-   { "a time-out", []( Scene & s ) { s.sleep( 0.06 ); } },
+   { "a time-out", []( Scene & s ) { s.suspend( 0.06 ); } },
    { "two time-outs",
      []( Scene & s ) {
         s.world.mlagIntf( "PortChannel30" );
-        s.sleep( 0.2 );
+        s.suspend( 0.2 );
      } },
    { "a member gone", []( Scene & s ) { s.member( "Ethernet1", false ); } },
    { "a member", []( Scene & s ) { s.member( "Ethernet3", true ); } },
@@ -232,7 +232,7 @@ const std::vector< Step > meddlings{
    { "answer something else", []( Scene & s ) { s.world.answer( lag10, 1 ).answer( lag20, 1 ); } },
    { "an ACL", []( Scene & s ) { s.world.installed( "Ethernet2" ); } },
    { "an ACL lost", []( Scene & s ) { s.world.notInstalled( "Ethernet1" ); } },
-   { "let time pass", []( Scene & s ) { s.sleep( 0.2 ); } },
+   { "let time pass", []( Scene & s ) { s.suspend( 0.2 ); } },
    { "switch over by hand",
      []( Scene & s ) {
         if ( s.sm ) {
@@ -269,9 +269,9 @@ void play(
       EXPECT_EQ( scene.world.scheduler->scheduled(), 0U );
       return;
    }
-   // An answer that has gone, and of which something else tells the interlock first: the member that
-   // is looked at fails its LAG, and the notification that comes then finds nothing to do. The other
-   // members wait for their next event.
+   // An answer that has gone, and of which something else tells the interlock first: the member
+   // that is looked at fails its LAG, and the notification that comes then finds nothing to do. The
+   // other members wait for their next event.
    const bool failedByAMember = first && asPeer && change.losesTheAnswer;
    EXPECT_EQ( unsettled( scene.world, *scene.sm, scene.unseen || failedByAMember ), "" );
 }

@@ -7,10 +7,10 @@
 #include "platform/Vex/Seconds.h"
 #include "platform/Vex/String.h"
 #include "tests/Velo/VeloMlagEgressAclIntfInterlockSm/PeerModel.h"
+#include "tests/Velo/VeloMlagEgressAclIntfInterlockSm/PeerNames.h"
 #include "tests/support/Names.h"
 #include "tests/support/PeerWorld.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -18,12 +18,11 @@
 
 namespace Velo {
 
-class PeerRun {
+class PeerRun : public PeerNames {
  public:
    using String = Vex::String;
    using Mask = PeerModel::Mask;
    using Token = std::optional< std::uint32_t >;
-   static constexpr std::size_t lagCount = PeerModel::lagCount;
 
    /// Nothing is there but an active MLAG with its peer link. A `told` run keeps its scenario.
    explicit PeerRun( bool told = false ) : told_( told ) {
@@ -122,9 +121,9 @@ class PeerRun {
       model_.passTo( target );
       Kel::advanceTo( world_.clock, *world_.scheduler, Vex::Seconds( target ) );
    }
-   /// The process sleeps: what fell due meanwhile runs at its end. No scenario can tell that.
-   void sleep( double seconds ) {
-      tell( "# a sleep of the process: wait " + std::to_string( seconds ) );
+   /// The process is suspended: what fell due meanwhile runs at its end. No scenario can tell that.
+   void suspend( double seconds ) {
+      tell( "# the process was suspended: wait " + std::to_string( seconds ) );
       const double target = model_.now + seconds;
       model_.now = target;
       model_.passTo( target );
@@ -197,31 +196,7 @@ class PeerRun {
       return peer ? differenceOfTimeouts( *peer, states ) : "";
    }
 
-   static Nodo::IntfId lagId( std::size_t at ) {
-      static const std::array< Nodo::IntfId, lagCount > ids{
-         Nodo::IntfId( lagName( 0 ) ), Nodo::IntfId( lagName( 1 ) ), Nodo::IntfId( lagName( 2 ) ) };
-      return ids[ at ];
-   }
-   static Nodo::IntfId memberId( std::size_t at, std::size_t m ) {
-      static const auto ids = [] {
-         std::array< std::array< Nodo::IntfId, PeerModel::memberCount >, lagCount > made;
-         for ( std::size_t a = 0; a < lagCount; ++a ) {
-            for ( std::size_t b = 0; b < PeerModel::memberCount; ++b ) {
-               made[ a ][ b ] = Nodo::IntfId( memberName( a, b ) );
-            }
-         }
-         return made;
-      }();
-      return ids[ at ][ m ];
-   }
-
  private:
-   static String lagName( std::size_t at ) {
-      return "PortChannel" + std::to_string( 10 * ( at + 1 ) );
-   }
-   static String memberName( std::size_t at, std::size_t m ) {
-      return "Ethernet" + std::to_string( 10 * at + m + 1 );
-   }
    static String no( bool present ) { return present ? "" : "no "; }
    void tell( const String & statement ) {
       if ( told_ ) {

@@ -265,15 +265,24 @@ TEST_F( Timeouts, OneMomentAndItsEventsInEveryOrder ) {
    }
 }
 
-TEST_F( Timeouts, WithNotificationsOffALagStaysRequestingAndTheAnswerStillEndsIt ) {
-   // The one way in which a deadline passes unheard: nobody is there to hear.
+TEST_F( Timeouts, AreHeardWhileNotificationsAreOff ) {
+   // Or else this LAG would ask for good, and PortChannel20 would never get a time-out.
    sm->hasNotificationActiveIs( false );
    world.pass( 0.2 );
+   EXPECT_EQ( stateOf( *sm ), "linkFail" );
+   EXPECT_TRUE( world.admits( "Ethernet1" ) );
    sm->hasNotificationActiveIs( true );
-   EXPECT_EQ( stateOf( *sm ), "linkRequesting" );
-   world.answerRequest();
-   EXPECT_EQ( stateOf( *sm ), "linkUp" );
+   another( lag20, "Ethernet5" );
+   world.pass( 0.2 );
+   EXPECT_EQ( stateOf( *sm, lag20 ), "linkFail" );
    EXPECT_EQ( timersOf( *sm ), "|" );
+}
+
+TEST_F( Timeouts, AreNotHeardByAZombie ) {
+   sm->vexDoZombieReactors( true );
+   world.pass( 0.2 );
+   EXPECT_EQ( stateOf( *sm ), "linkRequesting" );
+   EXPECT_FALSE( world.admits( "Ethernet1" ) );
 }
 
 TEST_F( Timeouts, CleanUpWithdrawsRequestsThenForgetsStatesAndDeadlines ) {

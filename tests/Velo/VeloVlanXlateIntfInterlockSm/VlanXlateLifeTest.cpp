@@ -19,7 +19,7 @@ struct VlanXlateLife : VlanXlateInterlock {
    VlanXlateLife() { world.switchIntfConfig(); }
 };
 
-// ---- Construction --------------------------------------------------------------------------------
+// ---- Construction -------------------------------------------------------------------------------
 
 TEST_F( VlanXlateLife, EveryInputIsWatchedOnceItIsConstructed ) {
    world.lag( "PortChannel20", {} ).switchIntfConfig( "Ethernet1" );
@@ -81,7 +81,7 @@ TEST_F( VlanXlateLife, WithoutABridgingConfigItHasNoReactorForIt ) {
    EXPECT_EQ( watched( sm->switchIntfConfigSm() ), "" );
 }
 
-// ---- Notifications -------------------------------------------------------------------------------
+// ---- Notifications ------------------------------------------------------------------------------
 
 TEST_F( VlanXlateLife, SwitchingNotificationsReachesEveryReactor ) {
    start();
@@ -108,7 +108,7 @@ TEST_F( VlanXlateLife, SwitchingNotificationsToWhatTheyAreDoesNothing ) {
    EXPECT_FALSE( sm->vexHwLagConfig()->hasNotificationActive() );
 }
 
-// ---- Teardown ------------------------------------------------------------------------------------
+// ---- Teardown -----------------------------------------------------------------------------------
 
 TEST_F( VlanXlateLife, TheOutputStaysWhenItGoes ) {
    start();
@@ -170,7 +170,7 @@ TEST_F( VlanXlateLife, MarkingForDeletionReachesEveryReactorAndItselfLast ) {
    EXPECT_TRUE( sm->switchIntfConfigSm().get( intf( "PortChannel10" ) )->markedForDeletion() );
 }
 
-// ---- Ways to construct it --------------------------------------------------------------------------
+// ---- Ways to construct it -----------------------------------------------------------------------
 
 TEST_F( VlanXlateLife, TheCreatorSwitchesItsNotificationsOn ) {
    start();

@@ -1,11 +1,11 @@
 #pragma once
 
-// The VLAN-translation interlock once more, as one plain rule over plain values, for the random test.
-// It knows which changes lead to a decision and of which pairs; everything else it leaves as it is:
-// an entry stays as it was last decided until something touches its pair.
+// The VLAN-translation interlock once more, as one plain rule over plain values, for the random
+// test. It knows which changes lead to a decision and of which pairs; everything else it leaves as
+// it is: an entry stays as it was last decided until something touches its pair.
 //
-// Entities have numbers here: a set of members, a switching configuration or an input status that is
-// no longer in use can still change, and is heard only where a watch points to it.
+// Entities have numbers here: a set of members, a switching configuration or an input status that
+// is no longer in use can still change, and is heard only where a watch points to it.
 
 #include <algorithm>
 #include <map>

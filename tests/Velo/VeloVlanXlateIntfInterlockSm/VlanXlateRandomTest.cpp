@@ -55,7 +55,7 @@ class Switch {
       return names[ below( n ) ];
    }
 
-   // ---- The input, the output --------------------------------------------------------------------
+   // ---- The input, the output -------------------------------------------------------------------
 
    std::string inputEntry() {
       const Model::Pair pair{ any( portNames ), any( lagNames ) };
@@ -94,7 +94,7 @@ class Switch {
       return "somebody deletes from the output";
    }
 
-   // ---- LAGs -------------------------------------------------------------------------------------
+   // ---- LAGs ------------------------------------------------------------------------------------
 
    Model::Id createdSet( const std::string & lag ) {
       const auto id = static_cast< Model::Id >( sets_.size() );
@@ -183,7 +183,7 @@ class Switch {
       return "another LAG configuration";
    }
 
-   // ---- Bridging ---------------------------------------------------------------------------------
+   // ---- Bridging --------------------------------------------------------------------------------
 
    Model::Id createdConfig( const std::string & name ) {
       const auto id = static_cast< Model::Id >( configs_.size() );
@@ -258,7 +258,7 @@ class Switch {
       return "another bridging configuration";
    }
 
-   // ---- The interlock itself ---------------------------------------------------------------------
+   // ---- The interlock itself --------------------------------------------------------------------
 
    std::string deletedWatch() {
       const std::string & name = any( lagNames );

@@ -1,5 +1,5 @@
-// Who hears of a verdict of the VLAN-translation interlock may change any of its inputs, and may drop
-// it, in the middle of a pass.
+// Who hears of a verdict of the VLAN-translation interlock may change any of its inputs, and may
+// drop it, in the middle of a pass.
 
 #include "tests/Velo/VeloVlanXlateIntfInterlockSm/VlanXlateSm.h"
 
@@ -134,7 +134,7 @@ TEST_F( VlanXlateReentrancy, TheInputEntryThatGoesWhileItAdmitsIsWithdrawn ) {
    EXPECT_EQ( verdicts->take(), "+(Ethernet1, PortChannel10) -(Ethernet1, PortChannel10)" );
 }
 
-// ---- During the start: nobody has the interlock yet, but everybody has its inputs -------------------
+// ---- During the start: nobody has the interlock yet, but everybody has its inputs ---------------
 
 struct VlanXlateReentrancyOfTheStart : VlanXlateInterlock {
    Vex::Ptr< ScriptedConsumer > consumer;

@@ -11,7 +11,7 @@ using TestSupport::VerdictLog;
 
 struct VlanXlateVerdicts : VlanXlateInterlock {};
 
-// ---- Whether the members must wait ---------------------------------------------------------------
+// ---- Whether the members must wait --------------------------------------------------------------
 
 TEST_F( VlanXlateVerdicts, ALagWithoutSwitchingConfigurationNeedsNoProgramming ) {
    start();
@@ -52,7 +52,7 @@ TEST_F( VlanXlateVerdicts, AMemberIsActiveWhereTheSetOfItsLagHasIt ) {
    EXPECT_FALSE( sm->lagMemberActive( intf( "Ethernet1" ), intf( "PortChannel90" ) ) );
 }
 
-// ---- Verdicts ------------------------------------------------------------------------------------
+// ---- Verdicts -----------------------------------------------------------------------------------
 
 TEST_F( VlanXlateVerdicts, WithoutTranslationEveryMemberIsAdmittedAtOnceWhateverTheInput ) {
    world.lag( "PortChannel20", { "Ethernet5", "Ethernet6" } ).installed( "Ethernet5" );
@@ -178,7 +178,7 @@ TEST_F( VlanXlateVerdicts, AnInputEntryOfAStrangerRemovesItsOutputEntry ) {
    EXPECT_EQ( verdicts->take(), "" );
 }
 
-// ---- What it does not look at until something else happens ----------------------------------------
+// ---- What it does not look at until something else happens --------------------------------------
 
 TEST_F( VlanXlateVerdicts, ARemovedLagKeepsTheEntriesOfItsMembers ) {
    start();
@@ -264,7 +264,7 @@ TEST_F( VlanXlateVerdicts, WhatOthersDoToTheOutputStaysUntilThePairIsTouched ) {
    EXPECT_EQ( verdicts->take(), "+(Ethernet1, PortChannel10) -(Ethernet9, PortChannel10)" );
 }
 
-// ---- Start ---------------------------------------------------------------------------------------
+// ---- Start --------------------------------------------------------------------------------------
 
 TEST_F( VlanXlateVerdicts, TheStartDecidesWhatAnEarlierOwnerLeftBeforeTheLags ) {
    world.translated( 10 ).member( "Ethernet2" ).installed( "Ethernet2" );

@@ -1,5 +1,5 @@
-// What the VLAN-translation interlock traces, word for word: to the text trace only. The blank before
-// some colons and "memeber" are as they should be.
+// What the VLAN-translation interlock traces, word for word: to the text trace only. The blank
+// before some colons and "memeber" are as they should be.
 
 #include "tests/Velo/VeloVlanXlateIntfInterlockSm/VlanXlateSm.h"
 #include "tests/support/RingRecorder.h"

@@ -1,5 +1,5 @@
-// Which change of which input calls which handler of the VLAN-translation interlock, and what keeps a
-// call from being made.
+// Which change of which input calls which handler of the VLAN-translation interlock, and what keeps
+// a call from being made.
 
 #include "platform/Vex/NullArgumentError.h"
 #include "tests/Velo/VeloVlanXlateIntfInterlockSm/VlanXlateSm.h"
@@ -27,7 +27,7 @@ struct VlanXlateWiring : VlanXlateInterlock {
 
 const Vex::String config10 = "handleIntfConfig intf: PortChannel10";
 
-// ---- inIntfFeatureStatus -------------------------------------------------------------------------
+// ---- inIntfFeatureStatus ------------------------------------------------------------------------
 
 TEST_F( VlanXlateWiring, AnInputEntryCallsItsHandlerWhenItComesAndWhenItGoes ) {
    start();
@@ -53,7 +53,7 @@ TEST_F( VlanXlateWiring, AnotherInputStatusCallsNothingAndIsFollowedFromThenOn )
    EXPECT_EQ( verdicts->take(), "-(Ethernet1, PortChannel10)" );
 }
 
-// ---- hwLagConfig ---------------------------------------------------------------------------------
+// ---- hwLagConfig --------------------------------------------------------------------------------
 
 TEST_F( VlanXlateWiring, ANewLagIsWatchedAndCallsNothing ) {
    start();
@@ -120,7 +120,7 @@ TEST_F( VlanXlateWiring, NoLagConfigAnyMoreLeavesTheReactors ) {
    EXPECT_EQ( lags(), "PortChannel10" );
 }
 
-// ---- initialMemberSm -----------------------------------------------------------------------------
+// ---- initialMemberSm ----------------------------------------------------------------------------
 
 TEST_F( VlanXlateWiring, AMemberCallsItsHandlerWhenItComesChangesAndGoes ) {
    start();
@@ -142,7 +142,7 @@ TEST_F( VlanXlateWiring, AMemberReactorWithoutNotifierSpeaksOfTheEmptyLag ) {
    EXPECT_EQ( calls(), "handleMember memberIntf: Ethernet1 lag: " );
 }
 
-// ---- bridgingConfig ------------------------------------------------------------------------------
+// ---- bridgingConfig -----------------------------------------------------------------------------
 
 TEST_F( VlanXlateWiring, ANewSwitchingConfigurationCallsItsHandlerAndIsWatched ) {
    start();
@@ -232,7 +232,7 @@ TEST_F( VlanXlateWiring, NoBridgingConfigAnyMoreLeavesTheReactors ) {
    EXPECT_EQ( calls(), "" );
 }
 
-// ---- switchIntfConfigSm --------------------------------------------------------------------------
+// ---- switchIntfConfigSm -------------------------------------------------------------------------
 
 TEST_F( VlanXlateWiring, AnIngressMappingCallsTheHandlerWhenItComesChangesAndGoes ) {
    start();
@@ -265,7 +265,7 @@ TEST_F( VlanXlateWiring, AConfigReactorWithoutNotifierSpeaksOfTheEmptyInterface 
    }
 }
 
-// ---- Guards: marked for deletion -----------------------------------------------------------------
+// ---- Guards: marked for deletion ----------------------------------------------------------------
 
 TEST_F( VlanXlateWiring, AZombieCallsNoHandler ) {
    start();
@@ -300,7 +300,7 @@ TEST_F( VlanXlateWiring, AZombieFollowsAnotherConfigAsWell ) {
    EXPECT_EQ( configs(), "PortChannel30" );
 }
 
-// ---- Guards: no notifier, no owner ---------------------------------------------------------------
+// ---- Guards: no notifier, no owner --------------------------------------------------------------
 
 TEST_F( VlanXlateWiring, WithoutNotifierTheCollectionsAreNotKept ) {
    world.lagGone( "PortChannel10" ); // so that the decision does not ask the configurations
@@ -337,7 +337,7 @@ TEST_F( VlanXlateWiring, WithoutOwnerNothingIsCalledAndNothingIsKept ) {
    EXPECT_EQ( configs(), "PortChannel10" );
 }
 
-// ---- Guards: whether notifications are active is not asked -----------------------------------------
+// ---- Guards: whether notifications are active is not asked --------------------------------------
 
 TEST_F( VlanXlateWiring, InactiveNotificationsKeepNothingFromBeingDecided ) {
    start();
@@ -358,7 +358,7 @@ TEST_F( VlanXlateWiring, InactiveNotificationsKeepNothingFromBeingDecided ) {
    EXPECT_EQ( configs(), "" );
 }
 
-// ---- Collection mutators -------------------------------------------------------------------------
+// ---- Collection mutators ------------------------------------------------------------------------
 
 template < class Mutator >
 Vex::String complaint( Mutator mutator ) {
