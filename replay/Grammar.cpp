@@ -130,6 +130,38 @@ constexpr std::array forms{
    Form{ "peer", "echo", "peer echo D",
          []( Words & words ) -> Statement { return PeerEcho{ words.seconds( "D" ) }; },
          "no peer echo", []( Words & /* words */ ) -> Statement { return PeerEcho{}; } },
+   Form{ "restart", "", "restart egress-acl|vlan-xlate",
+         []( Words & words ) -> Statement { return Restart{ words.interlock() }; }, "", nullptr },
+   Form{ "switch", "", "switch left|right",
+         []( Words & words ) -> Statement { return ForSwitch{ words.side() }; }, "", nullptr },
+   Form{ "wire", "on", "wire on", []( Words & /* words */ ) -> Statement { return WireOn{ true }; },
+         "", nullptr },
+   Form{ "wire", "off", "wire off",
+         []( Words & /* words */ ) -> Statement { return WireOn{ false }; }, "", nullptr },
+   Form{ "wire", "delay", "wire delay D",
+         []( Words & words ) -> Statement { return WireDelay{ words.seconds( "D" ) }; }, "",
+         nullptr },
+   Form{ "wire", "lose", "wire lose N|N%",
+         []( Words & words ) -> Statement { return words.faults( WireFaultKind::lose ); }, "",
+         nullptr },
+   Form{ "wire", "repeat", "wire repeat N|N% D",
+         []( Words & words ) -> Statement {
+            WireFault fault = words.faults( WireFaultKind::repeat );
+            fault.span = words.seconds( "D" );
+            return fault;
+         },
+         "", nullptr },
+   Form{ "wire", "hold", "wire hold N|N% D",
+         []( Words & words ) -> Statement {
+            WireFault fault = words.faults( WireFaultKind::hold );
+            fault.span = words.seconds( "D" );
+            return fault;
+         },
+         "", nullptr },
+   Form{ "wire", "seed", "wire seed N",
+         []( Words & words ) -> Statement { return WireSeed{ words.seed() }; }, "", nullptr },
+   Form{ "responder", "", "responder on|off",
+         []( Words & words ) -> Statement { return ResponderOn{ words.onOrOff() }; }, "", nullptr },
    Form{ expect, "egress-acl", "expect egress-acl MEMBER LAG",
          []( Words & words ) -> Statement {
             return ExpectOutput{ Interlock::egressAcl, words.pair(), true };

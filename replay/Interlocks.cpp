@@ -71,15 +71,12 @@ std::span< const Machine > machines() noexcept {
 void Interlocks::start( const Machine & machine, const Entities & entities ) {
    const std::string interlock( nameOf( machine.interlock ) );
    auto & running = running_[ static_cast< std::size_t >( machine.interlock ) ];
-   if ( machine.factory == nullptr ) {
-      throw StatementError( "not built yet: '" + std::string( machine.name ) +
-                            "'; wanted: an interlock that this library has" );
-   }
    if ( running ) {
       throw StatementError( "'" + std::string( machine.name ) + "' cannot start: the " + interlock +
                             " interlock runs already; wanted: 'stop " + interlock + "' before" );
    }
    running = machine.factory( entities );
+   started_[ static_cast< std::size_t >( machine.interlock ) ] = &machine;
 }
 
 void Interlocks::stop( Interlock interlock ) {
@@ -90,6 +87,11 @@ void Interlocks::stop( Interlock interlock ) {
                             "' before" );
    }
    running.release();
+}
+
+void Interlocks::restart( Interlock interlock, const Entities & entities ) {
+   stop( interlock );
+   start( *started_[ static_cast< std::size_t >( interlock ) ], entities );
 }
 
 } // namespace Replay

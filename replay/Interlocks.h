@@ -37,10 +37,13 @@ std::span< const Machine > machines() noexcept;
 
 class Interlocks {
  public:
-   /// A StatementError when the machine's interlock runs already, or has no factory yet.
+   /// A StatementError when the machine's interlock runs already.
    void start( const Machine & machine, const Entities & entities );
    /// Drops the interlock; a StatementError when it does not run.
    void stop( Interlock interlock );
+   /// Drops the interlock and starts the same machine anew, on the entities as they stand; a
+   /// StatementError when it does not run.
+   void restart( Interlock interlock, const Entities & entities );
 
    bool runs( Interlock interlock ) const noexcept {
       return static_cast< bool >( running_[ static_cast< std::size_t >( interlock ) ] );
@@ -48,6 +51,7 @@ class Interlocks {
 
  private:
    std::array< Vex::Ptr< InterlockModel::StateMachine >, interlocks.size() > running_;
+   std::array< const Machine *, interlocks.size() > started_{}; // last
 };
 
 } // namespace Replay

@@ -4,6 +4,9 @@
 #include "replay/Numbers.h"
 
 #include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace Replay {
 
@@ -14,11 +17,18 @@ using Json = nlohmann::json;
 // One object, written key by key and ended by its destructor.
 class Object {
  public:
-   Object( Writer & writer, std::string_view kind, Vex::Seconds time ) : writer_( writer ) {
+   Object( Writer & writer,
+           std::string_view kind,
+           Vex::Seconds time,
+           std::string_view switchName = {} )
+       : writer_( writer ) {
       writer_.buffer() += R"({"kind":")";
       writer_.buffer() += kind;
       writer_.buffer() += '"';
       add( "t", roundedToMicroseconds( time ) );
+      if ( !switchName.empty() ) {
+         add( "switch", switchName );
+      }
    }
    Object( const Object & ) = delete;
    Object & operator=( const Object & ) = delete;
@@ -57,6 +67,17 @@ Json toJson( const std::vector< Pair > & pairs ) {
    return list;
 }
 
+// In the order in which they are written.
+std::vector< std::pair< std::string, Json > > standingOf( const SwitchOutcome & outcome ) {
+   Json requests = Json::object();
+   for ( const auto & [ lag, token ] : outcome.requests ) {
+      requests[ lag.stringValue() ] = token;
+   }
+   return { { "egress-acl", toJson( outcome.egressAcl ) },
+            { "vlan-xlate", toJson( outcome.vlanXlate ) },
+            { "requests", requests } };
+}
+
 class JsonLinesOutput final : public Output {
  public:
    using Output::Output;
@@ -68,18 +89,29 @@ class JsonLinesOutput final : public Output {
    void statement( std::size_t line, std::string_view text ) override {
       object( "statement" ).add( "line", line ).add( "text", text );
    }
+   void sent( const Peering::Message & message, std::span< const Vex::Seconds > delays ) override {
+      Json arrivals = Json::array();
+      for ( const Vex::Seconds delay : delays ) {
+         arrivals.push_back( roundedToMicroseconds( Vex::now() + delay ) );
+      }
+      event( "wire" )
+         .add( "content", message.content == Peering::Content::request ? "request" : "response" )
+         .add( "lag", message.lag )
+         .add( "token", toJson( message.token ) )
+         .add( "arrives", arrivals );
+   }
    void verdict( Interlock interlock, const Pair & pair, bool admitted ) override {
-      object( "verdict" )
+      event( "verdict" )
          .add( "interlock", nameOf( interlock ) )
          .add( "member", pair.member )
          .add( "lag", pair.lag )
          .add( "admitted", admitted );
    }
    void request( Nodo::IntfId lag, std::optional< Token > token ) override {
-      object( "request" ).add( "lag", lag ).add( "token", toJson( token ) );
+      event( "request" ).add( "lag", lag ).add( "token", toJson( token ) );
    }
    void response( Nodo::IntfId lag, std::optional< Token > token ) override {
-      object( "response" ).add( "lag", lag ).add( "token", toJson( token ) );
+      event( "response" ).add( "lag", lag ).add( "token", toJson( token ) );
    }
    void trace( const Vex::TraceRecord & record ) override {
       object( "trace" )
@@ -102,18 +134,23 @@ class JsonLinesOutput final : public Output {
       }
    }
    void end( const Outcome & outcome ) override {
-      Json requests = Json::object();
-      for ( const auto & [ lag, token ] : outcome.requests ) {
-         requests[ lag.stringValue() ] = token;
+      Object end = object( "end" );
+      for ( const SwitchOutcome & one : outcome.switches ) {
+         const auto standing = standingOf( one );
+         if ( !one.name.empty() ) {
+            end.add( one.name, Json( Json::object_t( standing.begin(), standing.end() ) ) );
+            continue;
+         }
+         for ( const auto & [ key, value ] : standing ) {
+            end.add( key, value );
+         }
       }
-      object( "end" )
-         .add( "egress-acl", toJson( outcome.egressAcl ) )
-         .add( "vlan-xlate", toJson( outcome.vlanXlate ) )
-         .add( "requests", requests )
-         .add( "failed", outcome.failedLines.size() );
+      end.add( "failed", outcome.failedLines.size() );
    }
 
  private:
+   // Of one switch of a pair, or of the only one.
+   Object event( std::string_view kind ) { return { writer(), kind, Vex::now(), switchName() }; }
    Object object( std::string_view kind ) { return { writer(), kind, Vex::now() }; }
 };
 

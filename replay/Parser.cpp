@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -56,6 +57,9 @@ Scenario parseScenario( std::string_view text ) {
          const std::size_t textAt = scenario.texts.size();
          appendStatement( scenario.texts, words );
          scenario.expectsTrace |= std::holds_alternative< ExpectTrace >( statement );
+         scenario.ofPair |= std::visit(
+            []( const auto & of ) { return isOfPair< std::remove_cvref_t< decltype( of ) > >; },
+            statement );
          scenario.steps.push_back(
             { number, textAt, scenario.texts.size() - textAt, std::move( statement ) } );
       } catch ( const StatementError & error ) {

@@ -7,6 +7,7 @@
 #include "replay/Expects.h"
 #include "replay/Numbers.h"
 #include "replay/ScenarioError.h"
+#include "replay/Stage.h"
 #include "replay/Switch.h"
 #include "replay/Text.h"
 #include "replay/TraceCapture.h"
@@ -55,12 +56,28 @@ std::vector< Pair > inByteOrder( const Entities::IntfFeatureStatus & status ) {
    return pairs;
 }
 
+SwitchOutcome outcomeOf( std::string_view name, const Entities & entities ) {
+   SwitchOutcome outcome{
+      name, inByteOrder( *entities.egressAclOutput ), inByteOrder( *entities.vlanOutput ), {} };
+   for ( const auto entry : entities.aclRequestToPeer->installRequest().entries() ) {
+      outcome.requests.emplace_back( entry.key, entry.value );
+   }
+   std::ranges::sort( outcome.requests, {}, []( const auto & request ) -> const std::string & {
+      return request.first.stringValue();
+   } );
+   return outcome;
+}
+
 template < class StatementType >
 concept ExpectOfSwitch = requires( const StatementType & statement, const Switch & device ) {
    { find( statement, device ) } -> std::same_as< Finding >;
 };
 template < class StatementType >
+concept ChangeOfStage =
+   requires( const StatementType & statement, Stage & stage ) { stage.apply( statement ); };
+template < class StatementType >
 concept ChangeOfSwitch =
+   !ChangeOfStage< StatementType > &&
    requires( const StatementType & statement, Switch & device ) { device.apply( statement ); };
 
 class Runner {
@@ -69,7 +86,8 @@ class Runner {
            const RunOptions & options,
            HostClock & clock,
            Output & output )
-       : scenario_( scenario ), clock_( clock ), output_( output ), device_( scheduler_, output ),
+       : scenario_( scenario ), clock_( clock ), output_( output ),
+         stage_( scenario.ofPair ? StageKind::pair : StageKind::oneSwitch, scheduler_, output ),
          ring_( options.ring ), traces_( output,
                                          options.traceLevels | output.levelsAlwaysShown(),
                                          scenario.expectsTrace ? Keep::messages : Keep::nothing ) {}
@@ -99,8 +117,15 @@ class Runner {
    template < ChangeOfSwitch Change >
    void execute( const Change & change ) {
       traces_.forget();
-      device_.apply( change );
+      stage_.current().apply( change );
    }
+   template < ChangeOfStage Change >
+   void execute( const Change & change ) {
+      traces_.forget();
+      stage_.apply( change );
+   }
+   // Only says whom the others are meant for: the trace of what happened last stays.
+   void execute( const ForSwitch & which ) { stage_.apply( which ); }
    void execute( const At & at ) {
       if ( at.time < moment_ ) {
          throw StatementError( inQuotes( decimal( at.time ) ) +
@@ -123,7 +148,7 @@ class Runner {
    }
    template < ExpectOfSwitch Expect >
    void execute( const Expect & expect ) {
-      report( find( expect, device_ ) );
+      report( find( expect, stage_.current() ) );
    }
    void execute( const ExpectTrace & expect ) { report( find( expect, traces_ ) ); }
 
@@ -137,14 +162,8 @@ class Runner {
    }
 
    void finish() {
-      const Entities & entities = device_.entities();
-      outcome_.egressAcl = inByteOrder( *entities.egressAclOutput );
-      outcome_.vlanXlate = inByteOrder( *entities.vlanOutput );
-      for ( const auto entry : entities.aclRequestToPeer->installRequest().entries() ) {
-         outcome_.requests.emplace_back( entry.key, entry.value );
-      }
-      std::ranges::sort( outcome_.requests, {}, []( const auto & request ) -> const std::string & {
-         return request.first.stringValue();
+      stage_.forEach( [ this ]( std::string_view name, const Switch & device ) {
+         outcome_.switches.push_back( outcomeOf( name, device.entities() ) );
       } );
       output_.end( outcome_ );
    }
@@ -154,7 +173,7 @@ class Runner {
    Output & output_;
    Vex::ClockScope clockScope_{ clock_.clock() };
    Vex::Ptr< Kel::TaskScheduler > scheduler_ = Vex::make< Kel::TaskScheduler >();
-   Switch device_;
+   Stage stage_;
    // Go first: what is written while the switch is taken apart belongs to no scenario.
    RingScope ring_;
    TraceCapture traces_;

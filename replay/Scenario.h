@@ -22,6 +22,7 @@ struct Scenario {
    std::vector< Step > steps;
    std::string texts; // of all steps, one after the other: one memory block, not one a statement
    bool expectsTrace = false;
+   bool ofPair = false; // two switches, and a wire between them
 
    /// The statement as it was written, without comment, blanks collapsed.
    std::string_view text( const Step & step ) const noexcept {

@@ -12,10 +12,12 @@
 #include "platform/Nodo/IntfId.h"
 #include "platform/Vex/Seconds.h"
 #include "replay/Interlocks.h"
+#include "replay/pair/Side.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -89,12 +91,15 @@ struct Request {
    std::optional< Token > token;
 };
 
-// ---- Running the interlocks, time and checks ----------------------------------------------------
+// ---- Running the interlocks, and time -----------------------------------------------------------
 
 struct Start {
    const Machine * machine;
 };
 struct Stop {
+   Interlock interlock = Interlock::egressAcl;
+};
+struct Restart {
    Interlock interlock = Interlock::egressAcl;
 };
 struct At {
@@ -106,6 +111,35 @@ struct Wait {
 struct PeerEcho {
    std::optional< Vex::Seconds > delay;
 };
+
+// ---- Two switches -------------------------------------------------------------------------------
+
+/// The statements that follow are for this one.
+struct ForSwitch {
+   Peering::Side side = Peering::Side::left;
+};
+struct WireOn {
+   bool on = true;
+};
+struct WireDelay {
+   Vex::Seconds delay;
+};
+struct WireSeed {
+   std::uint32_t seed = 0;
+};
+enum class WireFaultKind : std::uint8_t { lose, repeat, hold };
+struct WireFault {
+   WireFaultKind kind = WireFaultKind::lose;
+   std::uint32_t count = 0; // of the next messages that this switch sends; by chance: percent
+   bool byChance = false; // of all messages, both ways
+   Vex::Seconds span; // how much later the copy, or the message; by chance: at most
+};
+struct ResponderOn {
+   bool on = true;
+};
+
+// ---- Checks -------------------------------------------------------------------------------------
+
 struct ExpectOutput {
    Interlock interlock = Interlock::egressAcl;
    Pair pair;
@@ -140,12 +174,26 @@ using Statement = std::variant< Lag,
                                 Request,
                                 Start,
                                 Stop,
+                                Restart,
                                 At,
                                 Wait,
                                 PeerEcho,
+                                ForSwitch,
+                                WireOn,
+                                WireDelay,
+                                WireSeed,
+                                WireFault,
+                                ResponderOn,
                                 ExpectOutput,
                                 ExpectJoined,
                                 ExpectRequest,
                                 ExpectTrace >;
+
+/// A scenario that has one of these plays two switches.
+template < class Type >
+inline constexpr bool isOfPair =
+   std::is_same_v< Type, ForSwitch > || std::is_same_v< Type, WireOn > ||
+   std::is_same_v< Type, WireDelay > || std::is_same_v< Type, WireSeed > ||
+   std::is_same_v< Type, WireFault > || std::is_same_v< Type, ResponderOn >;
 
 } // namespace Replay

@@ -223,6 +223,10 @@ void Switch::apply( const Stop & stop ) {
    interlocks_.stop( stop.interlock );
 }
 
+void Switch::apply( const Restart & restart ) {
+   interlocks_.restart( restart.interlock, entities_ );
+}
+
 void Switch::apply( const PeerEcho & echo ) {
    peer_.delayIs( echo.delay );
 }

@@ -49,6 +49,7 @@ class Switch {
    void apply( const Request & request );
    void apply( const Start & start );
    void apply( const Stop & stop );
+   void apply( const Restart & restart );
    void apply( const PeerEcho & echo );
 
  private:

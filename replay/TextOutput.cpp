@@ -82,13 +82,29 @@ class TextOutput final : public Output {
       }
    }
 
+   void sent( const Peering::Message & message, std::span< const Vex::Seconds > delays ) override {
+      startEvent( "wire" );
+      const std::size_t begin = columns( line_ );
+      appendSwitch();
+      line_ += message.content == Peering::Content::request ? "request " : "response ";
+      appendName( message.lag );
+      line_ += message.token ? " " + std::to_string( *message.token ) : " withdrawn";
+      padTo( begin + subjectWidth + switchWidth() );
+      line_ += delays.empty() ? "lost" : "arrives at";
+      for ( const Vex::Seconds delay : delays ) {
+         line_ += " " + decimal( Vex::Seconds( roundedToMicroseconds( Vex::now() + delay ) ) );
+      }
+      endLine();
+   }
+
    void verdict( Interlock interlock, const Pair & pair, bool admitted ) override {
       startEvent( nameOf( interlock ) );
       const std::size_t begin = columns( line_ );
+      appendSwitch();
       appendName( pair.member );
       line_ += " -> ";
       appendName( pair.lag );
-      padTo( begin + subjectWidth );
+      padTo( begin + subjectWidth + switchWidth() );
       line_ += admitted ? "admitted" : "held";
       endLine();
    }
@@ -132,14 +148,8 @@ class TextOutput final : public Output {
    void end( const Outcome & outcome ) override {
       endOpenLine();
       writer().buffer() += '\n';
-      admitted( Interlock::egressAcl, outcome.egressAcl );
-      admitted( Interlock::vlanXlate, outcome.vlanXlate );
-      std::vector< std::string > requests;
-      for ( const auto & [ lag, token ] : outcome.requests ) {
-         requests.push_back( lag.stringValue() + " token " + std::to_string( token ) );
-      }
-      if ( !requests.empty() ) {
-         closing( "requests out", requests );
+      for ( const SwitchOutcome & one : outcome.switches ) {
+         standing( one );
       }
       expects( outcome );
    }
@@ -191,6 +201,17 @@ class TextOutput final : public Output {
          appendPrintable( line_, intf.stringValue() );
       }
    }
+   void appendSwitch() {
+      if ( !switchName().empty() ) {
+         line_ += switchName();
+         line_ += ": ";
+      }
+   }
+   // What that takes, at most.
+   std::size_t switchWidth() const noexcept {
+      constexpr std::size_t width = 8;
+      return switchName().empty() ? 0 : width;
+   }
    void appendMessage( std::string_view message ) {
       const std::size_t begin = columns( line_ );
       appendPrintable( line_, message );
@@ -203,8 +224,9 @@ class TextOutput final : public Output {
    void exchange( std::string_view what, Nodo::IntfId lag, std::optional< Token > token ) {
       startEvent( what );
       const std::size_t begin = columns( line_ );
+      appendSwitch();
       appendName( lag );
-      padTo( begin + subjectWidth );
+      padTo( begin + subjectWidth + switchWidth() );
       line_ += token ? "token " + std::to_string( *token ) : "withdrawn";
       endLine();
    }
@@ -233,6 +255,23 @@ class TextOutput final : public Output {
       endLine();
    }
 
+   void standing( const SwitchOutcome & outcome ) {
+      if ( !outcome.name.empty() ) {
+         line_ = "   " + std::string( outcome.name );
+         endLine();
+      }
+      admitted( Interlock::egressAcl, outcome.egressAcl );
+      admitted( Interlock::vlanXlate, outcome.vlanXlate );
+      std::vector< std::string > requests;
+      requests.reserve( outcome.requests.size() );
+      for ( const auto & [ lag, token ] : outcome.requests ) {
+         requests.push_back( lag.stringValue() + " token " + std::to_string( token ) );
+      }
+      if ( !requests.empty() ) {
+         closing( "requests out", requests );
+      }
+   }
+
    void admitted( Interlock interlock, const std::vector< Pair > & pairs ) {
       if ( pairs.empty() && interlock == Interlock::vlanXlate ) {
          return;
@@ -242,6 +281,7 @@ class TextOutput final : public Output {
          return a.lag != b.lag ? a.lag < b.lag : a.member < b.member;
       } );
       std::vector< std::string > entries;
+      entries.reserve( sorted.size() );
       for ( const Pair & pair : sorted ) {
          entries.push_back( pair.member.stringValue() + " -> " + pair.lag.stringValue() );
       }

@@ -86,6 +86,10 @@ Token Words::token() {
    return number( "TOKEN", 0, std::numeric_limits< Token >::max() );
 }
 
+std::uint32_t Words::seed() {
+   return number( "N", 0, std::numeric_limits< std::uint32_t >::max() );
+}
+
 Bridging::VlanId Words::vlan( std::string_view what ) {
    return Bridging::VlanId( static_cast< std::uint16_t >( number( what, 1, lastVlan ) ) );
 }
@@ -138,6 +142,29 @@ bool Words::onOrOff() {
       throwNo( flag, "flag", "on or off" );
    }
    return flag == "on";
+}
+
+Peering::Side Words::side() {
+   const std::string_view name = word( "left or right" );
+   for ( const Peering::Side candidate : Peering::sides ) {
+      if ( nameOf( candidate ) == name ) {
+         return candidate;
+      }
+   }
+   throwNo( name, "switch", "left or right" );
+}
+
+WireFault Words::faults( WireFaultKind kind ) {
+   constexpr std::uint32_t all = 100;
+   if ( !more() || !next().ends_with( '%' ) ) {
+      return { kind, number( "N", 0, std::numeric_limits< std::uint32_t >::max() ), false, {} };
+   }
+   const std::string_view written = word( "N%" );
+   const auto percent = parseNumber( written.substr( 0, written.size() - 1 ), 0, all );
+   if ( !percent ) {
+      throwNo( written, "N%", "0% to 100%" );
+   }
+   return { kind, *percent, true, {} };
 }
 
 Pair Words::pair() {

@@ -38,12 +38,16 @@ class Words {
    Nodo::IntfId intfOrNone( std::string_view what );
    std::uint8_t byte( std::string_view what );
    Token token();
+   std::uint32_t seed();
    Bridging::VlanId vlan( std::string_view what );
    Vex::Seconds seconds( std::string_view what );
    Interlock interlock();
    const Machine * machine();
    Direction direction();
    bool onOrOff();
+   Peering::Side side();
+   /// N, or N% of all: `count` and `byChance`.
+   WireFault faults( WireFaultKind kind );
    /// MEMBER LAG.
    Pair pair();
 

@@ -93,7 +93,7 @@ class Exchange::End {
    Vex::Ptr< RequestWatcher > requestWatcher_; // goes first: it sends
 };
 
-Exchange::Exchange( Vex::Ptr< Kel::TaskScheduler > scheduler,
+Exchange::Exchange( const Vex::Ptr< Kel::TaskScheduler > & scheduler,
                     const Entities & left,
                     const Entities & right,
                     ExchangeEvents & events )

@@ -1,8 +1,9 @@
 #pragma once
 
-// The exchange between the two switches of a pair: carries each change of a switch's install requests
-// to the other one's responder, and the answers back into the install responses. It carries changes,
-// not states: what a wire loses stays lost, and what it holds up arrives as old news.
+// The exchange between the two switches of a pair: carries each change of a switch's install
+// requests to the other one's responder, and the answers back into the install responses. It
+// carries changes, not states: what a wire loses stays lost, and what it holds up arrives as old
+// news.
 //
 // Ownership: holds the entities of both switches that it works on; borrows `events`, which outlives
 // it. Requests that were there before are not carried.
@@ -12,27 +13,15 @@
 #include "platform/Vex/Ptr.h"
 #include "replay/Entities.h"
 #include "replay/pair/Responder.h"
+#include "replay/pair/Side.h"
 #include "replay/pair/Wire.h"
 #include "replay/pair/WireFaults.h"
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 
 namespace Replay::Peering {
-
-/// The two switches of a pair.
-enum class Side : std::uint8_t { left, right };
-
-inline constexpr std::array sides{ Side::left, Side::right };
-
-constexpr Side otherThan( Side side ) noexcept {
-   return side == Side::left ? Side::right : Side::left;
-}
-constexpr std::size_t indexOf( Side side ) noexcept {
-   return static_cast< std::size_t >( side );
-}
 
 /// Is told what happens on the wires, while it happens.
 class ExchangeEvents {
@@ -53,7 +42,7 @@ class ExchangeEvents {
 
 class Exchange {
  public:
-   Exchange( Vex::Ptr< Kel::TaskScheduler > scheduler,
+   Exchange( const Vex::Ptr< Kel::TaskScheduler > & scheduler,
              const Entities & left,
              const Entities & right,
              ExchangeEvents & events );

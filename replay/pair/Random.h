@@ -4,7 +4,8 @@
 
 namespace Replay::Peering {
 
-/// Numbers by chance, the same on every machine and from every compiler: a counter of 64 bits, mixed.
+/// Numbers by chance, the same on every machine and from every compiler: a counter of 64 bits,
+/// mixed.
 class Random {
  public:
    explicit Random( std::uint64_t seed ) noexcept : state_( seed ) {}

@@ -5,8 +5,8 @@
 // LAG. A LAG without members has nothing to install, and is answered at once. A request that is
 // withdrawn, or an ACL that goes, takes the answer back.
 //
-// Ownership: holds the entities that it watches; borrows whatever `answer` needs, which outlives it.
-// It is no part of the agent that runs the interlocks, and goes on when that stops.
+// Ownership: holds the entities that it watches; borrows whatever `answer` needs, which outlives
+// it. It is no part of the agent that runs the interlocks, and goes on when that stops.
 
 #include "interlock-model/Hardware/Lag/Config.h"
 #include "interlock-model/Interface/Interlock/IntfFeatureStatus.h"
@@ -40,7 +40,8 @@ class Responder {
    /// Each member of the LAG has its egress ACL here.
    bool isReady( Nodo::IntfId lag ) const;
 
-   /// False: silent from now on; what was answered stands. True: answers what has changed meanwhile.
+   /// False: silent from now on; what was answered stands. True: answers what has changed
+   /// meanwhile.
    void onIs( bool on );
 
  private:

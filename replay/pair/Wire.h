@@ -1,10 +1,10 @@
 #pragma once
 
-// One direction of the wire between the two switches of a pair: brings each message to the other end
-// a while later, or loses, repeats or holds it up, as its faults have it.
+// One direction of the wire between the two switches of a pair: brings each message to the other
+// end a while later, or loses, repeats or holds it up, as its faults have it.
 //
-// Ownership: holds the scheduler; borrows the faults and whatever `deliver` needs, which outlive it.
-// Messages under way go with it. Re-entrancy: whoever gets a message may send others.
+// Ownership: holds the scheduler; borrows the faults and whatever `deliver` needs, which outlive
+// it. Messages under way go with it. Re-entrancy: whoever gets a message may send others.
 
 #include "platform/Kel/TaskScheduler.h"
 #include "platform/Nodo/IntfId.h"

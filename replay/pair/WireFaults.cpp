@@ -16,7 +16,8 @@ bool takeOne( std::uint32_t & count ) noexcept {
 
 Fate WireFaults::next() {
    Fate fate;
-   // Each of them is drawn for every message, so that one fault more or less does not shift the rest.
+   // Each of them is drawn for every message, so that one fault more or less does not shift the
+   // rest.
    const bool loses = random_.percent( loss_ );
    const bool repeats = random_.percent( repetition_.percent );
    const bool holds = random_.percent( holding_.percent );
@@ -28,7 +29,8 @@ Fate WireFaults::next() {
    }
    const bool held = takeOne( hold_.count );
    fate.heldUp = held || holds;
-   fate.delays.push_back( held ? delay_ + hold_.span : holds ? delay_ + longer : delay_ );
+   const Vex::Seconds extra = held ? hold_.span : longer;
+   fate.delays.push_back( fate.heldUp ? delay_ + extra : delay_ );
    const bool repeated = takeOne( repeat_.count );
    if ( repeated || repeats ) {
       fate.delays.push_back( fate.delays.front() + ( repeated ? repeat_.span : later ) );

@@ -33,11 +33,13 @@ TEST( ParserError, NamesAnUnknownStatementAndTheKnownOnes ) {
       { "lga PortChannel10",
         "'lga' is no statement; wanted: lag, member, acl, mlag, link, response, switchport, "
         "vlan-xlate, "
-        "vlan-ready, output, request, start, stop, at, wait, peer, expect or no" },
+        "vlan-ready, output, request, start, stop, at, wait, peer, "
+        "restart, switch, wire, responder, expect or no" },
       { "LAG PortChannel10",
         "'LAG' is no statement; wanted: lag, member, acl, mlag, link, response, switchport, "
         "vlan-xlate, "
-        "vlan-ready, output, request, start, stop, at, wait, peer, expect or no" },
+        "vlan-ready, output, request, start, stop, at, wait, peer, "
+        "restart, switch, wire, responder, expect or no" },
       { "no lga",
         "'lga' is no statement; wanted: lag, member, acl, mlag, response, switchport, vlan-xlate, "
         "vlan-ready, output, request or peer" },
@@ -185,7 +187,8 @@ TEST( ParserError, RefusesAnEmptyNameWhereOneIsWanted ) {
       { "switchport \"\"", "'' is no INTF; wanted: a name that is not empty" },
       { "\"\"", "'' is no statement; wanted: lag, member, acl, mlag, link, response, switchport, "
                 "vlan-xlate, "
-                "vlan-ready, output, request, start, stop, at, wait, peer, expect or no" },
+                "vlan-ready, output, request, start, stop, at, wait, peer, "
+                "restart, switch, wire, responder, expect or no" },
    } );
 }
 

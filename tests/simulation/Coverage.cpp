@@ -13,9 +13,9 @@ bool canHappen( Link link, LinkHappening happening ) noexcept {
 
 std::string line( std::string_view name, std::uint64_t count ) {
    std::array< char, 96 > text{};
-   std::snprintf( text.data(), text.size(), "   %-34.*s %12llu%s\n", static_cast< int >( name.size() ),
-                  name.data(), static_cast< unsigned long long >( count ),
-                  count == 0 ? "   NEVER" : "" );
+   std::snprintf( text.data(), text.size(), "   %-34.*s %12llu%s\n",
+                  static_cast< int >( name.size() ), name.data(),
+                  static_cast< unsigned long long >( count ), count == 0 ? "   NEVER" : "" );
    return text.data();
 }
 

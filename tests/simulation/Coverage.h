@@ -70,9 +70,6 @@ class Coverage {
    void event() noexcept { ++events_; }
 
    std::uint64_t events() const noexcept { return events_; }
-   std::uint64_t hits( Fault fault ) const noexcept {
-      return faults_[ static_cast< std::size_t >( fault ) ];
-   }
 
    /// Both tables; what was never hit is marked.
    std::string report() const;

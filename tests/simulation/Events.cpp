@@ -10,10 +10,7 @@ namespace Simulation {
 
 double PairRun::someTime() {
    const std::uint32_t kind = random_.below( 100 );
-   const std::uint32_t most = kind < 20   ? 1U
-                              : kind < 70 ? 5'000U
-                              : kind < 95 ? 30'000U
-                                          : 250'000U;
+   const std::uint32_t most = kind < 20 ? 1U : kind < 70 ? 5'000U : kind < 95 ? 30'000U : 250'000U;
    return random_.below( most ) / 1e6;
 }
 
@@ -95,11 +92,14 @@ void PairRun::lagFlaps( Station & station ) {
    coverage_.hit( Fault::lagEmptyThenFilled );
    station.lagIs( lag, {} );
    for ( const PortNo port : somePorts() ) {
-      station.memberIs( { lag, port }, true );
+      if ( !failed() ) {
+         station.memberIs( { lag, port }, true );
+      }
    }
 }
 
 void PairRun::mlagIntfChanges( Station & station ) {
+   const LagNo lag = someLag();
    const bool known = random_.percent( 75 );
    const bool activeOnPeer = random_.percent( 70 );
    if ( !known ) {
@@ -107,7 +107,7 @@ void PairRun::mlagIntfChanges( Station & station ) {
    } else if ( !activeOnPeer ) {
       coverage_.hit( Fault::mlagIntfPeerInactive );
    }
-   station.mlagIntfIs( someLag(), known, activeOnPeer, random_.percent( 50 ) ? "up" : "changed" );
+   station.mlagIntfIs( lag, known, activeOnPeer, random_.percent( 50 ) ? "up" : "changed" );
 }
 
 void PairRun::mlagStateChanges( Station & station ) {
@@ -145,7 +145,9 @@ void PairRun::modeChanges( Station & station ) {
    if ( !peer && random_.percent( 70 ) ) { // mostly back soon
       coverage_.hit( Fault::modeToPeer );
       wait( someTime() );
-      station.peerModeIs( true );
+      if ( !failed() ) {
+         station.peerModeIs( true );
+      }
    }
 }
 
@@ -155,7 +157,7 @@ void PairRun::agentDies( Station & station ) {
    }
    coverage_.hit( Fault::agentKilled );
    station.agentIs( false );
-   if ( random_.percent( 50 ) ) { // mostly started again at once
+   if ( !failed() && random_.percent( 50 ) ) { // mostly started again at once
       coverage_.hit( Fault::agentStarted );
       station.agentIs( true );
    }
@@ -168,11 +170,12 @@ void PairRun::counterJumps( Station & station ) {
 }
 
 void PairRun::answerHeard( Station & station, LagNo lag ) {
-   if ( !faulty_ || lag == foreignLag || !random_.percent( 10 ) ) {
+   if ( !faulty_ || !eager_ || lag == foreignLag || !random_.percent( 15 ) ) {
       return;
    }
    const PortInLag pair{ lag, somePort() };
    coverage_.hit( Fault::aclHeardInsideAnswer );
+   station.note( "inside the answer:" );
    station.aclIs( pair, !station.ledger().hasAcl( pair ) );
 }
 

@@ -57,8 +57,8 @@ std::string table( const char * title,
    constexpr double hundred = 100;
    std::array< char, 128 > text{};
    const double sum = std::accumulate( values.begin(), values.end(), 0.0 );
-   std::snprintf( text.data(), text.size(), "%s: %.6f of %.6f member-seconds, %.3f %%\n", title, sum,
-                  members, members > 0 ? sum / members * hundred : 0.0 );
+   std::snprintf( text.data(), text.size(), "%s: %.6f of %.6f member-seconds, %.3f %%\n", title,
+                  sum, members, members > 0 ? sum / members * hundred : 0.0 );
    std::string result = text.data();
    for ( std::size_t at = 0; at < count; ++at ) {
       std::snprintf( text.data(), text.size(), "   %-34.*s %16.6f\n",

@@ -1,8 +1,8 @@
 #pragma once
 
-// What the rules cost: for how long members were admitted while an egress ACL was not in place, here
-// or on the peer, and for how long they were held although both were. In member-seconds, over the
-// members of MLAG LAGs.
+// What the rules cost: for how long members were admitted while an egress ACL was not in place,
+// here or on the peer, and for how long they were held although both were. In member-seconds, over
+// the members of MLAG LAGs.
 
 #include "tests/simulation/Ledger.h"
 

@@ -13,13 +13,9 @@ namespace {
 
 std::string decimal( double seconds ) {
    std::array< char, 64 > text{};
-   const auto end = std::to_chars( text.data(), text.data() + text.size(), seconds,
-                                   std::chars_format::fixed );
+   const auto end =
+      std::to_chars( text.data(), text.data() + text.size(), seconds, std::chars_format::fixed );
    return { text.data(), end.ptr };
-}
-
-std::string_view nameOf( Side side ) {
-   return side == Side::left ? "left" : "right";
 }
 
 } // namespace
@@ -33,7 +29,8 @@ void History::note( double time, Side side, std::string_view what ) {
 }
 
 void History::enter( Entry entry ) {
-   const std::string line = decimal( entry.time ) + std::string( nameOf( entry.side ) ) + entry.text;
+   const std::string line =
+      decimal( entry.time ) + std::string( nameOf( entry.side ) ) + entry.text;
    for ( const char c : line ) {
       digest_ = ( digest_ ^ static_cast< unsigned char >( c ) ) * 0x100000001B3ULL;
    }

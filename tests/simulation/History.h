@@ -1,9 +1,9 @@
 #pragma once
 
-// What was done to the two switches of a pair, as the statements of a scenario that interlock-replay
-// plays again, and a number that stands for all of it.
+// What was done to the two switches of a pair, as the statements of a scenario that
+// interlock-replay plays again, and a number that stands for all of it.
 
-#include "replay/pair/Exchange.h"
+#include "replay/pair/Side.h"
 
 #include <cstdint>
 #include <string>

@@ -1,5 +1,7 @@
 #include "tests/simulation/Ledger.h"
 
+#include "tests/simulation/Names.h"
+
 #include <algorithm>
 
 namespace Simulation {
@@ -38,7 +40,7 @@ bool Ledger::isFromEarlierLife( LagNo lag, Token token ) const {
    return found != issued_.end() && found->second < life_;
 }
 
-// ---- What changed --------------------------------------------------------------------------------
+// ---- What changed -------------------------------------------------------------------------------
 
 // An InitialMember that is put, replaced or withdrawn decides nothing by itself.
 void Ledger::touchNothing( LagNo lag ) {
@@ -156,7 +158,8 @@ void Ledger::deadlinesCome() {
    }
    for ( auto & [ lag, book ] : books_ ) {
       const auto seen = seen_.links.find( lag );
-      // A LAG that lost its members unheard asks on, and is found to be down when its deadline comes.
+      // A LAG that lost its members unheard asks on, and is found to be down when its deadline
+      // comes.
       const bool asksNoMore = seen == seen_.links.end() || seen->second != Link::asking;
       if ( book.link == Link::asking && book.deadline <= now_ + rounding && asksNoMore ) {
          coverage_.hit( Link::asking, LinkHappening::timeOut );
@@ -167,7 +170,7 @@ void Ledger::deadlinesCome() {
    }
 }
 
-// ---- Decisions -----------------------------------------------------------------------------------
+// ---- Decisions ----------------------------------------------------------------------------------
 
 bool Ledger::matched( const Book & book ) const {
    return book.request && *book.request != 0 && book.answer == book.request;
@@ -240,7 +243,7 @@ void Ledger::lookAt( LagNo lag ) {
       return;
    }
    const bool asked = book.request.has_value();
-   request( lag );
+   askFor( lag );
    if ( matched( book ) ) {
       coverage_.hit( link( lag ), LinkHappening::matched );
       if ( !asked ) {
@@ -305,14 +308,14 @@ void Ledger::decideAllOfBasic() {
    }
 }
 
-void Ledger::request( LagNo lag ) {
+void Ledger::askFor( LagNo lag ) {
    Book & book = books_[ lag ];
    if ( book.request ) {
       return;
    }
    const auto found = seen_.requests.find( lag );
    if ( found == seen_.requests.end() ) {
-      violated( "LAG " + std::to_string( lag ) + " is active and asks nothing of the peer" );
+      violated( lagName( lag ).stringValue() + " is active and asks nothing of the peer" );
       return;
    }
    const Token token = found->second;

@@ -73,8 +73,9 @@ class Ledger {
    /// Every member has its ACL.
    bool isReady( LagNo lag ) const;
    const std::set< PortInLag > & admitted() const { return admitted_; }
-   /// Nothing has looked at the pair since its LAG was put, replaced or withdrawn, or since the link
-   /// state was changed on behalf of another member alone.
+   std::optional< Token > request( LagNo lag ) const { return book( lag ).request; }
+   /// Nothing has looked at the pair since its LAG was put, replaced or withdrawn, or since the
+   /// link state was changed on behalf of another member alone.
    bool isUndecided( PortInLag pair ) const { return undecided_.contains( pair ); }
    bool isRevoked( LagNo lag, Token token ) const { return revoked_.contains( { lag, token } ); }
    /// The token was given out by an agent, or a peer interlock, that is no more.
@@ -110,7 +111,7 @@ class Ledger {
    void decideLag( LagNo lag );
    void decideAllOfBasic();
    void linkIs( LagNo lag, Link link );
-   void request( LagNo lag );
+   void askFor( LagNo lag );
    void revoke( LagNo lag );
    void startPeer();
    void startBasic();

@@ -1,6 +1,7 @@
 // What the books are held against: what is seen of the switch.
 
 #include "tests/simulation/Ledger.h"
+#include "tests/simulation/Names.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,10 +14,10 @@ constexpr double timeOut = 0.1; // seconds
 constexpr double rounding = 1e-9; // seconds
 
 std::string text( LagNo lag ) {
-   return "LAG " + std::to_string( lag );
+   return lagName( lag ).stringValue();
 }
 std::string text( PortInLag pair ) {
-   return "port " + std::to_string( pair.port ) + " of LAG " + std::to_string( pair.lag );
+   return portName( pair.port ).stringValue() + " of " + text( pair.lag );
 }
 
 bool near( double a, double b ) {

@@ -1,17 +1,19 @@
 // interlock-simulate: random pairs of switches under faults, each event of each checked.
 //
-//    interlock-simulate [--seed S] [--pairs N] [--only I]
+//    interlock-simulate [--seed S] [--pairs N] [--only I [--scenario]]
+//
+// --only plays one pair of that seed alone; with --scenario it is printed as a scenario for
+// interlock-replay, with what must have come of it as expects.
 //
 // The same seed gives the same output from every build. Exit status: 0 all checks held and
-// everything that can happen did; 1 a check did not hold, or something never happened; 2 the command
-// line is wrong.
+// everything that can happen did; 1 a check did not hold, or something never happened; 2 the
+// command line is wrong.
 
+#include "platform/Vex/Trace.h"
 #include "replay/pair/Random.h"
 #include "tests/simulation/Coverage.h"
 #include "tests/simulation/Exposure.h"
 #include "tests/simulation/PairRun.h"
-
-#include "platform/Vex/Trace.h"
 
 #include <charconv>
 #include <cstdint>
@@ -31,6 +33,7 @@ struct Options {
    std::uint64_t seed = 1;
    std::uint64_t pairs = 1000;
    std::optional< std::uint64_t > only;
+   bool scenario = false;
 };
 
 // The interlocks tell an operator of each time-out; here there are many, and the books know.
@@ -48,9 +51,14 @@ std::optional< std::uint64_t > number( std::string_view word ) {
 
 std::optional< Options > parse( std::span< char * const > words ) {
    Options options;
-   for ( std::size_t at = 1; at < words.size(); at += 2 ) {
+   for ( std::size_t at = 1; at < words.size(); ++at ) {
       const std::string_view name = words[ at ];
-      const auto value = at + 1 < words.size() ? number( words[ at + 1 ] ) : std::nullopt;
+      if ( name == "--scenario" ) {
+         options.scenario = true;
+         continue;
+      }
+      ++at;
+      const auto value = at < words.size() ? number( words[ at ] ) : std::nullopt;
       if ( !value ) {
          return std::nullopt;
       }
@@ -64,20 +72,19 @@ std::optional< Options > parse( std::span< char * const > words ) {
          return std::nullopt;
       }
    }
-   return options;
+   return options.scenario && !options.only ? std::nullopt : std::optional( options );
 }
 
 void tell( const Options & options, std::uint64_t pair, const PairRun & run ) {
    constexpr std::size_t lastEvents = 30;
-   std::printf( "VIOLATION, play it again with --seed %llu --only %llu\n"
-                "in event %llu of pair %llu: %s"
-                "the last of what happened:\n%s"
-                "all of it as a scenario:\n%s",
-                static_cast< unsigned long long >( options.seed ),
-                static_cast< unsigned long long >( pair ),
-                static_cast< unsigned long long >( run.events() ),
-                static_cast< unsigned long long >( pair ), run.violation().c_str(),
-                run.history().last( lastEvents ).c_str(), run.history().scenario().c_str() );
+   std::printf(
+      "VIOLATION, play it again with --seed %llu --only %llu\n"
+      "in event %llu of pair %llu: %s"
+      "the last of what happened:\n%s"
+      "all of it as a scenario:\n%s",
+      static_cast< unsigned long long >( options.seed ), static_cast< unsigned long long >( pair ),
+      static_cast< unsigned long long >( run.events() ), static_cast< unsigned long long >( pair ),
+      run.violation().c_str(), run.history().last( lastEvents ).c_str(), run.scenario().c_str() );
 }
 
 int simulate( const Options & options ) {
@@ -91,6 +98,10 @@ int simulate( const Options & options ) {
       if ( !run.run() ) {
          tell( options, pair, run );
          return 1;
+      }
+      if ( options.scenario ) {
+         std::printf( "%s", run.scenario().c_str() );
+         return 0;
       }
       digest = Replay::Peering::Random::derived( digest ^ run.history().digest(), pair );
    }
@@ -112,7 +123,8 @@ int simulate( const Options & options ) {
 int main( int argc, char ** argv ) {
    const auto options = parse( std::span( argv, static_cast< std::size_t >( argc ) ) );
    if ( !options ) {
-      std::fprintf( stderr, "usage: interlock-simulate [--seed S] [--pairs N] [--only I]\n" );
+      std::fprintf( stderr,
+                    "usage: interlock-simulate [--seed S] [--pairs N] [--only I [--scenario]]\n" );
       return 2;
    }
    NobodyListens sink;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The names that the switches know: LAGs and ports of the numbers that the books use. MLAG LAGs have
-// the same name on both switches, and so have ports here, because nothing tells them apart.
+// The names that the switches know: LAGs and ports of the numbers that the books use. MLAG LAGs
+// have the same name on both switches, and so have ports here, because nothing tells them apart.
 
 #include "interlock-model/Interface/Interlock/IntfFeature.h"
 #include "platform/Nodo/IntfId.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-// The switches of a simulated pair in numbers: LAGs and ports are counted from 0, so that neither the
-// books nor their order depend on names. And what can be seen of one switch from outside.
+// The switches of a simulated pair in numbers: LAGs and ports are counted from 0, so that neither
+// the books nor their order depend on names. And what can be seen of one switch from outside.
 
 #include <compare>
 #include <cstddef>

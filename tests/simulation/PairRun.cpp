@@ -24,8 +24,8 @@ double seconds( std::uint32_t microseconds ) {
 
 } // namespace
 
-/// The hardware of a switch that hears of an answer before the interlock does, and may change an ACL
-/// there and then.
+/// The hardware of a switch that hears of an answer before the interlock does, and may change an
+/// ACL there and then.
 class PairRun::EagerHardware final : public Vex::ConstNotifiee< Mlag::AclInstallResponse > {
  public:
    EagerHardware( PairRun & run, Station & station ) noexcept : run_( run ), station_( station ) {}
@@ -59,9 +59,8 @@ PairRun::PairRun( std::uint64_t seed, Coverage & coverage, Exposure & exposure )
 PairRun::~PairRun() = default;
 
 bool PairRun::failed() const {
-   return std::ranges::any_of( stations_, []( const Station & station ) {
-      return !station.ledger().violation().empty();
-   } );
+   return std::ranges::any_of(
+      stations_, []( const Station & station ) { return !station.ledger().violation().empty(); } );
 }
 
 std::string PairRun::violation() const {
@@ -75,7 +74,27 @@ std::string PairRun::violation() const {
    return text;
 }
 
-// ---- The course of a run -------------------------------------------------------------------------
+std::string PairRun::scenario() const {
+   std::string text = history_.scenario();
+   for ( const Side side : sides ) {
+      const Ledger & ledger = stations_[ indexOf( side ) ].ledger();
+      text += "switch " + std::string( nameOf( side ) ) + "\n";
+      for ( LagNo lag = 0; lag < lags_; ++lag ) {
+         const std::string & name = lagName( lag ).stringValue();
+         const auto request = ledger.request( lag );
+         text += request ? "expect request " + name + " " + std::to_string( *request ) + "\n"
+                         : "expect no request " + name + "\n";
+         for ( PortNo port = 0; port < ports_; ++port ) {
+            text += std::string( "expect " ) +
+                    ( ledger.admitted().contains( { lag, port } ) ? "" : "no " ) + "egress-acl " +
+                    portName( port ).stringValue() + " " + name + "\n";
+         }
+      }
+   }
+   return text;
+}
+
+// ---- The course of a run ------------------------------------------------------------------------
 
 bool PairRun::run() {
    prepare();
@@ -83,7 +102,12 @@ bool PairRun::run() {
    const std::uint32_t events = fewest + random_.below( 160 );
    for ( std::uint32_t at = 0; at < events && !failed(); ++at ) {
       wait( someTime() );
-      somethingHappens( stations_[ random_.below( 2 ) ] );
+      if ( !failed() ) {
+         somethingHappens( stations_[ random_.below( 2 ) ] );
+      }
+   }
+   if ( failed() ) {
+      return false; // nothing more, so that the last event is the one that did it
    }
    faulty_ = false;
    for ( const Side side : sides ) {
@@ -99,6 +123,7 @@ bool PairRun::run() {
 void PairRun::prepare() {
    lags_ = 1 + random_.below( lagCount );
    ports_ = 1 + random_.below( portCount );
+   eager_ = random_.percent( 50 );
    for ( const Side side : sides ) {
       Station & here = station( side );
       makeFaulty( side );
@@ -110,7 +135,10 @@ void PairRun::prepare() {
       here.peerLinkIs( 1 );
       here.peerModeIs( random_.percent( 85 ) );
       for ( LagNo lag = 0; lag < lags_; ++lag ) {
-         here.mlagIntfIs( lag, random_.percent( 90 ), random_.percent( 80 ), "up" );
+         // One draw a statement: compilers evaluate arguments in orders of their own.
+         const bool known = random_.percent( 90 );
+         const bool activeOnPeer = random_.percent( 80 );
+         here.mlagIntfIs( lag, known, activeOnPeer, "up" );
          if ( random_.percent( 80 ) ) {
             here.lagIs( lag, somePorts() );
          }
@@ -201,7 +229,7 @@ void PairRun::recover() {
    }
 }
 
-// ---- Time ----------------------------------------------------------------------------------------
+// ---- Time ---------------------------------------------------------------------------------------
 
 void PairRun::goTo( double target ) {
    for ( auto due = scheduler_->nextDue(); due && due->value() <= target && !failed();
@@ -224,7 +252,7 @@ void PairRun::pass( double moment ) {
    }
 }
 
-// ---- Messages ------------------------------------------------------------------------------------
+// ---- Messages -----------------------------------------------------------------------------------
 
 void PairRun::sent( Side from, const Message & message, const Fate & fate ) {
    if ( fate.delays.empty() ) {
@@ -236,9 +264,8 @@ void PairRun::sent( Side from, const Message & message, const Fate & fate ) {
    if ( fate.heldUp ) {
       coverage_.hit( Fault::messageHeldUp );
    }
-   if ( std::ranges::any_of( fate.delays, []( Vex::Seconds delay ) {
-           return delay.value() > timeOut;
-        } ) ) {
+   if ( std::ranges::any_of( fate.delays,
+                             []( Vex::Seconds delay ) { return delay.value() > timeOut; } ) ) {
       coverage_.hit( Fault::messageBeyondTimeOut );
    }
    if ( message.content == Content::response && !message.token ) {

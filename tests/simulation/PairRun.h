@@ -33,6 +33,8 @@ class PairRun final : public Replay::Peering::ExchangeEvents {
    std::string violation() const;
    std::uint64_t events() const { return coverage_.events() - eventsBefore_; }
    const History & history() const { return history_; }
+   /// What was done, for interlock-replay, and what must have come of it.
+   std::string scenario() const;
 
    void sent( Side from,
               const Replay::Peering::Message & message,
@@ -91,6 +93,7 @@ class PairRun final : public Replay::Peering::ExchangeEvents {
    std::uint32_t lags_ = 1;
    std::uint32_t ports_ = 1;
    bool faulty_ = true;
+   bool eager_ = false; // ACLs change inside answers, which no scenario can tell
 };
 
 } // namespace Simulation

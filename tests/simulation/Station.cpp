@@ -66,6 +66,10 @@ void Station::note( const Observed & seen ) {
    }
 }
 
+void Station::note( const std::string & what ) {
+   history_.note( now(), side_, what );
+}
+
 void Station::look() {
    toLedger();
    ledger_.deadlinesCome();

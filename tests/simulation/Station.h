@@ -1,7 +1,8 @@
 #pragma once
 
-// One switch of a simulated pair: its entities, the agent that runs its egress-ACL interlock, and the
-// books about it. Every change goes to the entity, into the history and into the books, in this order.
+// One switch of a simulated pair: its entities, the agent that runs its egress-ACL interlock, and
+// the books about it. Every change goes to the entity, into the history and into the books, in this
+// order.
 
 #include "interlock-model/StateMachine.h"
 #include "replay/Entities.h"
@@ -26,7 +27,6 @@ class Station {
    const Replay::Entities & entities() const { return entities_; }
    Ledger & ledger() { return ledger_; }
    const Ledger & ledger() const { return ledger_; }
-   bool peerLinkThere() const { return static_cast< bool >( entities_.mlagStatus->peerLink() ); }
 
    void lagIs( LagNo lag, const std::set< PortNo > & members );
    void lagGone( LagNo lag );
@@ -45,6 +45,8 @@ class Station {
    void answerArriving( LagNo lag, std::optional< Token > token );
    void answerArrived( LagNo lag );
 
+   /// For people.
+   void note( const std::string & what );
    /// Looks at the switch, and checks whatever has happened of itself.
    void look();
 
