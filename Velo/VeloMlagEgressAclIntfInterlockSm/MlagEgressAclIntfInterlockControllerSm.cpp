@@ -119,7 +119,6 @@ MlagEgressAclIntfInterlockControllerSm::peerInterlockSmIs(
       inIntfFeatureStatus, hwLagConfig, mlagStatus, outIntfFeatureStatus, aclResponseFromPeer,
       aclRequestToPeer, taskScheduler );
    peerInterlockSm_.is( created );
-   created->hasNotificationActiveIs( true );
    return created;
 }
 
@@ -143,7 +142,6 @@ Vex::Ptr< MlagEgressAclIntfInterlockSm > MlagEgressAclIntfInterlockControllerSm:
    auto created = MlagEgressAclIntfInterlockSm::MlagEgressAclIntfInterlockSmIs(
       inIntfFeatureStatus, hwLagConfig, mlagStatus, outIntfFeatureStatus );
    basicInterlockSm_.is( created );
-   created->hasNotificationActiveIs( true );
    return created;
 }
 

@@ -155,8 +155,6 @@ class MlagEgressAclIntfPeerInterlockSm final : public MlagEgressAclIntfInterlock
  private:
    ~MlagEgressAclIntfPeerInterlockSm() override = default;
 
-   void lastReferenceGone() noexcept override;
-
    /// The LAG's InitialMember has members.
    bool lagActive( Nodo::IntfId lag ) const;
    bool isMlagIntf( Nodo::IntfId lag ) const;
@@ -170,6 +168,8 @@ class MlagEgressAclIntfPeerInterlockSm final : public MlagEgressAclIntfInterlock
    bool retired() const { return cleaningUp_ || markedForDeletion(); }
    void scheduleTask( Vex::Seconds after );
 
+   // Destroyed from the last to the first: the task, the deadlines and the link states, without
+   // their handlers. Nothing is withdrawn then: that is doCleanup's business.
    InterlockModel::SingleReactor< VexAclResponseFromPeer > aclResponseFromPeer_{ *this };
    Vex::Ptr< Mlag::AclInstallRequest > aclRequestToPeer_;
    Vex::Ptr< Kel::TaskScheduler > scheduler_;

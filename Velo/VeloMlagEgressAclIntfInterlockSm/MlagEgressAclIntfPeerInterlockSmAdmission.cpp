@@ -55,14 +55,6 @@ const Vex::Type & MlagEgressAclIntfPeerInterlockSm::fwkType() const noexcept {
    return staticFwkType();
 }
 
-// Nothing is withdrawn here: that is doCleanup's business, and link states and deadlines go with
-// the object without their handlers.
-void MlagEgressAclIntfPeerInterlockSm::lastReferenceGone() noexcept {
-   vexDoZombieReactors( true );
-   taskDel();
-   MlagEgressAclIntfInterlockBaseSm::lastReferenceGone();
-}
-
 bool MlagEgressAclIntfPeerInterlockSm::lagActive( Nodo::IntfId lag ) const {
    const auto im = hwLagConfig()->initialMember( lag );
    return im && im->members() != 0;

@@ -7,8 +7,12 @@
 #include "platform/Vex/Type.h"
 #include "tests/support/Names.h"
 #include "tests/support/PeerWorld.h"
+#include "tests/support/TraceRecorder.h"
 
+#include <functional>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace Velo {
 namespace {
@@ -21,33 +25,38 @@ using TestSupport::stateOf;
 using TestSupport::timersOf;
 using TestSupport::World;
 
-/// Retires the interlock at the first change of a request.
-class Retirer final : public Vex::ConstNotifiee< Mlag::AclInstallRequest > {
+/// Does once, at the next change of a request, what the test says.
+class RequestConsumer final : public Vex::ConstNotifiee< Mlag::AclInstallRequest > {
  public:
-   explicit Retirer( const Vex::Ptr< PeerSm > & sm ) : sm_( sm ) {}
+   explicit RequestConsumer( std::function< void() > script ) : script_( std::move( script ) ) {}
 
    const Vex::Type & fwkType() const noexcept override {
-      static constexpr Vex::Type type{ "Retirer" };
+      static constexpr Vex::Type type{ "RequestConsumer" };
       return type;
    }
    void onAttribute( Attribute /* installRequest */, const Nodo::IntfId & /* lag */ ) override {
-      sm_->vexDoZombieReactors( true );
+      if ( const auto script = std::exchange( script_, nullptr ) ) {
+         script();
+      }
    }
 
  private:
-   Vex::Ptr< PeerSm > sm_;
+   std::function< void() > script_;
 };
 
 struct Retired : testing::Test {
    World world;
    Vex::Ptr< PeerSm > sm = startPeer( world );
 
+   void atTheNextRequest( std::function< void() > script ) {
+      consumer = Vex::make< RequestConsumer >( std::move( script ) );
+      consumer->notifierIs( world.request );
+   }
    void retireAtTheNextRequest() {
-      retirer = Vex::make< Retirer >( sm );
-      retirer->notifierIs( world.request );
+      atTheNextRequest( [ this ] { sm->vexDoZombieReactors( true ); } );
    }
 
-   Vex::Ptr< Retirer > retirer;
+   Vex::Ptr< RequestConsumer > consumer;
 };
 
 TEST_F( Retired, AsksNothingMore ) {
@@ -91,6 +100,22 @@ TEST_F( Retired, WhileItRevokesTheRequestOfALagThatLeftMlagKeepsItsState ) {
    EXPECT_EQ( requestOf( world ), "none" );
    EXPECT_EQ( stateOf( *sm ), "linkRequesting" );
    EXPECT_FALSE( world.admits( "Ethernet1" ) );
+}
+
+TEST_F( Retired, OrDeafHoldsTheMembersOfALagThatIsDown ) {
+   // The LAG becomes an MLAG interface again while its request is being revoked, unheard: there is
+   // no link state then, and no request.
+   world.mlagIntfGone( "PortChannel10" );
+   EXPECT_TRUE( world.admits( "Ethernet1" ) );
+   sm->hasNotificationActiveIs( false );
+   world.request->installRequestIs( intf( "PortChannel10" ), 7 );
+   atTheNextRequest( [ this ] { world.mlagIntf( "PortChannel10" ); } );
+   TestSupport::TraceRecorder trace( "VeloMlagEgressAclIntfInterlockSm" );
+   sm->handleMember( intf( "Ethernet1" ), intf( "PortChannel10" ) );
+   EXPECT_FALSE( world.admits( "Ethernet1" ) );
+   EXPECT_THAT( trace.take(),
+                testing::EndsWith( "3 handleMember: lag is down, member cannot be added\n" ) );
+   EXPECT_EQ( stateOf( *sm ), "none" );
 }
 
 } // namespace
