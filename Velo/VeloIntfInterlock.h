@@ -11,11 +11,12 @@
 //
 // Ownership: the caller holds the interlock by the reference that a factory returns; the interlock
 // holds its inputs read-only and its output writable. All of them are given: an interlock cannot
-// work without one of its entities. Threading: everything runs on the caller's one thread, inside
-// the mutators of the entities. Start: a factory makes a full pass over the inputs as they stand,
-// so that the output agrees with them when it returns; what an earlier owner left in the output is
-// decided again. Re-entrancy: whoever is notified of a verdict may change any entity and may drop
-// the interlock.
+// work without one of its entities.
+// Threading: everything runs on the caller's one thread, inside the mutators of the entities and,
+// for time-outs, inside Kel::TaskScheduler::runDue().
+// Start: a factory makes a full pass over the inputs as they stand, so that the output agrees with
+// them when it returns; what an earlier owner left in the output is decided again.
+// Re-entrancy: whoever is notified of a verdict may change any entity and may drop the interlock.
 
 #include "interlock-model/Bridging/Config.h"
 #include "interlock-model/Hardware/Lag/Config.h"
@@ -55,7 +56,7 @@ VEX_EXPORT Vex::Ptr< InterlockModel::StateMachine > mlagEgressAclIntfInterlockSm
    Vex::Ptr< Interface::Interlock::IntfFeatureStatus > outIntfFeatureStatus );
 
 /// The older form of the basic egress-ACL interlock, for agents that still run it. It decides
-/// alike, with more gaps: see docs/gaps.md.
+/// alike; but a whole input entity that is replaced is recorded and decides nothing.
 VEX_EXPORT Vex::Ptr< InterlockModel::StateMachine > deprecatedMlagEgressAclIntfInterlockSmFactory(
    Vex::Ptr< const Interface::Interlock::IntfFeatureStatus > inIntfFeatureStatus,
    Vex::Ptr< const Hardware::Lag::Config > hwLagConfig,

@@ -50,7 +50,8 @@ class VEX_EXPORT StateMachine : public Vex::Object {
  public:
    bool hasNotificationActive() const noexcept { return notificationActive_; }
    /// Switches the notifications of this state machine, then of each reactor; a no-op when nothing
-   /// changes. Off, nothing is decided; on again decides nothing by itself.
+   /// changes. What a reactor does while they are off is told by its guards; switching them on
+   /// again decides nothing by itself.
    virtual void hasNotificationActiveIs( bool active );
 
    bool markedForDeletion() const noexcept { return markedForDeletion_; }

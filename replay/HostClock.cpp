@@ -11,49 +11,40 @@ namespace Replay {
 
 namespace {
 
-// Monotonic seconds since it was made.
-class RealClock final : public Vex::Clock {
- public:
-   Vex::Seconds now() const noexcept override {
-      const std::chrono::duration< double > passed = std::chrono::steady_clock::now() - start_;
-      return Vex::Seconds( passed.count() );
-   }
-
- private:
-   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};
-
+// Real time, read in steps: the reading stands still while statements run, and goes on, at each due
+// moment in order, once real time has come as far. So a scenario plays as on the virtual clock; only
+// the waits are real.
 class RealHostClock final : public HostClock {
  public:
    explicit RealHostClock( std::function< void() > beforeEachWait )
        : beforeEachWait_( std::move( beforeEachWait ) ) {}
 
-   const Vex::Clock & clock() const noexcept override { return clock_; }
+   const Vex::Clock & clock() const noexcept override { return reading_; }
 
    void advanceTo( Kel::TaskScheduler & scheduler, Vex::Seconds target ) override {
-      for ( ;; ) {
-         const Vex::Seconds now = clock_.now();
-         const Vex::Seconds due = scheduler.nextDue().value_or( Vex::Seconds::infinity() );
-         const Vex::Seconds next = std::min( due, target );
-         if ( next > now ) {
-            waitFor( next - now );
-         } else if ( due <= target ) {
-            scheduler.runDue();
-         } else {
-            return;
-         }
+      for ( auto due = scheduler.nextDue(); due && *due <= target; due = scheduler.nextDue() ) {
+         goTo( *due );
+         scheduler.runDue();
       }
+      goTo( target );
    }
 
  private:
-   void waitFor( Vex::Seconds span ) {
+   using Span = std::chrono::duration< double >;
+
+   void goTo( Vex::Seconds moment ) {
       constexpr double atOnce = 3600; // so that no span is too long for the system
-      beforeEachWait_();
-      std::this_thread::sleep_for(
-         std::chrono::duration< double >( std::min( span.value(), atOnce ) ) );
+      for ( double left = moment.value() - passed(); left > 0; left = moment.value() - passed() ) {
+         beforeEachWait_();
+         std::this_thread::sleep_for( Span( std::min( left, atOnce ) ) );
+      }
+      reading_.jumpTo( std::max( reading_.now(), moment ) );
    }
 
-   RealClock clock_;
+   double passed() const { return Span( std::chrono::steady_clock::now() - start_ ).count(); }
+
+   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+   Vex::VirtualClock reading_;
    std::function< void() > beforeEachWait_;
 };
 

@@ -38,7 +38,8 @@ class VirtualHostClock final : public HostClock {
    Vex::VirtualClock clock_;
 };
 
-/// Time passes. A moment is reached late by what the machine needs, never early.
+/// Time passes, too. A moment is reached late by what the machine needs, never early, but reads as
+/// that moment: the same output as in virtual time.
 std::unique_ptr< HostClock > realHostClock( std::function< void() > beforeEachWait );
 
 } // namespace Replay

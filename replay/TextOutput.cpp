@@ -65,7 +65,7 @@ class TextOutput final : public Output {
       padTo( statementColumn );
       appendPrintable( line_, text );
       // Its result comes behind it. All others are shown before they run, which may take its time.
-      open_ = text.starts_with( "expect " );
+      open_ = text.starts_with( "expect " ) || text.starts_with( "\"expect\" " );
       if ( !open_ ) {
          endLine();
       }

@@ -2,8 +2,8 @@
 
 // The deprecated egress-ACL interlock: the older, self-contained form of the basic one, kept for
 // agents that run it. It decides by the same conditions, and differs in what it traces, in what its
-// reactors do while notifications are inactive, and in its gaps: it has no handler for a whole LAG,
-// so that neither a new LAG with members in it nor a replaced input entity decides anything.
+// reactors do while notifications are inactive, and in this: an input entity that is replaced as a
+// whole is recorded and decides nothing.
 //
 // Ownership, threading and re-entrancy: interlock-model/StateMachine.h. The four inputs and outputs
 // may be null at construction only; no handler looks for a null one.

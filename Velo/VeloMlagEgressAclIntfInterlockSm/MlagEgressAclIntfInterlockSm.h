@@ -30,6 +30,7 @@ class MlagEgressAclIntfInterlockSm final : public MlagEgressAclIntfInterlockBase
    /// True when MLAG is active, the peer link is there and up, and `lag` is an MLAG interface that
    /// is active on the peer.
    bool shouldInstallEgressAcl( Nodo::IntfId lag ) override;
+   /// Marked for deletion, it decides nothing.
    void handleMember( Nodo::IntfId member, Nodo::IntfId lag ) override;
    void handleMlagIntfStatus( Nodo::IntfId lag ) override;
    void handleMlagStateOrPeerlink() override;

@@ -1,7 +1,8 @@
 // The exchange with the MLAG peer: requests out, responses in.
 //
-// A token identifies one request; 0 is none. A LAG has at most one request outstanding, and a new
-// one after that was revoked carries a new token, so that the answer to an old one matches nothing.
+// Within one life of the interlock a token identifies one request; 0 is none. A LAG has at most one
+// request outstanding, and a new one after that was revoked carries a new token, so that the answer
+// to an old one matches nothing.
 
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/MlagEgressAclIntfPeerInterlockSm.h"
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/Trace.h"

@@ -4,9 +4,10 @@
 // record neither allocates nor locks nor blocks. Read it back with Jotter::readRecords
 // (platform/Jotter/TraceReader.h); the layout is in platform/Jotter/RingLayout.h.
 //
-// Ownership: whoever creates a file holds it; Duplog borrows the default one. Threading: in the
-// thread-safe pointer mode any thread may write, otherwise the one thread that owns the objects.
-// Reading at the same time is safe; records that are being overwritten are left out.
+// Ownership: whoever creates a file holds it; Duplog borrows the default one.
+// Threading: in the thread-safe pointer mode any thread may write, otherwise the one thread that
+// owns the objects. Reading at the same time is safe; records that are being overwritten are left
+// out.
 
 #include "platform/Jotter/Descriptor.h"
 #include "platform/Jotter/RecordEncoding.h"

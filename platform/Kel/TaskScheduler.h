@@ -10,11 +10,12 @@
 //
 // Order: by due moment; what is due at one moment runs in the order in which it was scheduled.
 // Ownership: each task holds a counted reference to its scheduler; the scheduler borrows its tasks,
-// and holds one only while that one runs. Threading: a scheduler and its tasks belong to one
-// thread. Re-entrancy: a running task may schedule, cancel or destroy itself and others, and drop
-// the scheduler. What it schedules runs in a later runDue(), however soon it is due, so that a task
-// that re-arms itself without a delay cannot starve the agent's other events. Cost: scheduling,
-// cancelling and running one of n tasks takes O(log n).
+// and holds one only while that one runs.
+// Threading: a scheduler and its tasks belong to one thread.
+// Re-entrancy: a running task may schedule, cancel or destroy itself and others, and drop the
+// scheduler. What it schedules runs in a later runDue(), however soon it is due, so that a task
+// that re-arms itself without a delay cannot starve the agent's other events.
+// Cost: scheduling, cancelling and running one of n tasks takes O(log n).
 
 #include "platform/Vex/Export.h"
 #include "platform/Vex/Object.h"

@@ -13,9 +13,10 @@
 //    watcher->notifierIs( status );        // from now on it is told
 //
 // Ownership: a notifiee holds a counted reference to its notifier; the entity borrows its
-// notifiees, which leave when they are re-pointed or lose their last reference. Threading: an
-// entity and its notifiees belong to one thread. Delivery: after the change is applied, before the
-// mutator returns, in the order of registration. A handler may, while it is being called:
+// notifiees, which leave when they are re-pointed or lose their last reference.
+// Threading: an entity and its notifiees belong to one thread.
+// Delivery: after the change is applied, before the mutator returns, in the order of registration.
+// A handler may, while it is being called:
 // - leave, or make others leave: who left is not called any more;
 // - register itself or others: they do not get the notification under way;
 // - change this or any other entity: the nested delivery runs to its end first;

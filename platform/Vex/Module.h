@@ -1,7 +1,7 @@
 #pragma once
 
-// What a shared library adds to the framework: each source registers one module when it is loaded
-// and takes it back when it is unloaded.
+// What a shared library adds to the framework: each of its folders registers one module when it is
+// loaded and takes it back when it is unloaded.
 //
 //    const Vex::Module module( "VeloVlanXlateIntfInterlockSm",
 //                              { Vex::stateMachineType( "VlanXlateIntfInterlockSm", &...Is ) } );

@@ -4,10 +4,11 @@
 //
 // Ownership: an object is born with a count of one, which its creator adopts (Vex::make), so that a
 // temporary reference taken inside a constructor cannot destroy it. It is destroyed by whoever
-// drops the last reference, inside that call. Threading: counts are plain in the plain pointer mode
-// (one thread owns every object) and atomic in the thread-safe mode. The mode is one for the
-// process and chosen before the first object. Re-entrancy: in the destructor of an object
-// references to it may be taken and dropped again; none may outlive it.
+// drops the last reference, inside that call.
+// Threading: counts are plain in the plain pointer mode (one thread owns every object) and atomic
+// in the thread-safe mode. The mode is one for the process and chosen before the first object.
+// Re-entrancy: in the destructor of an object references to it may be taken and dropped again; none
+// may outlive it.
 
 #include "platform/Vex/Export.h"
 #include "platform/Vex/Type.h"

@@ -40,6 +40,12 @@ TEST( TextOutput, ShowsWhatChangedUnderItsTime ) {
               "   expects             1 held\n" );
 }
 
+TEST( TextOutput, ShowsTheResultOfAnExpectInQuotesBehindItToo ) {
+   EXPECT_THAT(
+      playAsText( "\"expect\" held A B\n" ).shown,
+      HasSubstr( "    0.000       1  \"expect\" held A B" + std::string( 40, ' ' ) + "ok\n" ) );
+}
+
 TEST( TextOutput, SaysOfAFailedExpectWhatWasFoundInstead ) {
    const std::string shown = playAsText( aclNeeded + "start basic\n"
                                                      "expect joined Ethernet1 PortChannel10\n"
