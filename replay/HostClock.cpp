@@ -12,8 +12,8 @@ namespace Replay {
 namespace {
 
 // Real time, read in steps: the reading stands still while statements run, and goes on, at each due
-// moment in order, once real time has come as far. So a scenario plays as on the virtual clock; only
-// the waits are real.
+// moment in order, once real time has come as far. So a scenario plays as on the virtual clock;
+// only the waits are real.
 class RealHostClock final : public HostClock {
  public:
    explicit RealHostClock( std::function< void() > beforeEachWait )
