@@ -58,6 +58,9 @@ CommandLine parseCommandLine( int argc, const char * const * argv ) {
       ->type_name( "LEVELS" )
       ->capture_default_str();
    app.add_flag( "--ring", options.run.ring, "After the run, print the ring-buffer records" );
+   app.add_option( "--trace-file", options.traceFile,
+                   "Write the ring-buffer records of the only scenario into a new trace file" )
+      ->type_name( "FILE" );
    app.add_option( "--clock", clock, "Time that goes at once, or that passes" )
       ->type_name( "virtual|real" )
       ->capture_default_str();
@@ -80,6 +83,9 @@ CommandLine parseCommandLine( int argc, const char * const * argv ) {
       options.run.traceLevels = *levels;
       if ( std::ranges::count( options.scenarios, standardInput ) > 1 ) {
          throw CLI::ValidationError( "SCENARIO", "'-' twice; wanted: standard input only once" );
+      }
+      if ( options.traceFile && options.scenarios.size() > 1 ) {
+         throw CLI::ValidationError( "--trace-file", "several scenarios; wanted: only one" );
       }
    } catch ( const CLI::CallForHelp & ) {
       return { {}, app.help(), {} };

@@ -16,6 +16,7 @@ struct Options {
    OutputKind output = OutputKind::text;
    ClockKind clock = ClockKind::virtualTime;
    RunOptions run;
+   std::optional< std::string > traceFile; // to be made, for the records of the only scenario
    std::vector< std::string > scenarios;
 };
 

@@ -22,7 +22,7 @@ namespace Replay {
 struct Entities {
    using IntfFeatureStatus = Interface::Interlock::IntfFeatureStatus;
 
-   explicit Entities( Vex::Ptr< Kel::TaskScheduler > taskScheduler ) noexcept
+   explicit Entities( Vex::Ptr< Kel::TaskScheduler > taskScheduler )
        : scheduler( std::move( taskScheduler ) ) {}
 
    Vex::Ptr< Kel::TaskScheduler > scheduler;

@@ -208,8 +208,9 @@ bool canBe( const Form & form, bool taken ) noexcept {
 std::string heads( bool afterNo ) {
    std::vector< std::string_view > words;
    for ( const Form & form : forms ) {
-      if ( canBe( form, afterNo ) && !( afterNo && form.head == expect ) &&
-           ( words.empty() || words.back() != form.head ) ) {
+      const bool expected = afterNo && form.head == expect;
+      const bool listed = !words.empty() && words.back() == form.head;
+      if ( canBe( form, afterNo ) && !expected && !listed ) {
          words.push_back( form.head );
       }
    }

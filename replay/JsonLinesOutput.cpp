@@ -35,16 +35,18 @@ class Object {
    Object( Object && ) = delete;
    Object & operator=( Object && ) = delete;
    ~Object() {
-      writer_.buffer() += "}\n";
+      writer_.buffer() += closing; // for which add() has left room
       writer_.flushIfFull();
    }
 
    Object & add( std::string_view key, const Json & value ) {
       std::string & out = writer_.buffer();
-      out += ",\"";
+      const std::string text = value.dump( -1, ' ', false, Json::error_handler_t::replace );
+      out.reserve( out.size() + 4 + key.size() + text.size() + closing.size() );
+      out += R"(,")";
       out += key;
-      out += "\":";
-      out += value.dump( -1, ' ', false, Json::error_handler_t::replace );
+      out += R"(":)";
+      out += text;
       return *this;
    }
    Object & add( std::string_view key, Nodo::IntfId intf ) {
@@ -52,6 +54,8 @@ class Object {
    }
 
  private:
+   static constexpr std::string_view closing = "}\n";
+
    Writer & writer_;
 };
 

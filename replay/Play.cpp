@@ -1,5 +1,8 @@
 #include "replay/Play.h"
 
+#include "platform/Jotter/RingLayout.h"
+#include "platform/Jotter/TraceFile.h"
+#include "platform/Jotter/TraceFileError.h"
 #include "replay/HostClock.h"
 #include "replay/JsonLinesOutput.h"
 #include "replay/Parser.h"
@@ -43,11 +46,22 @@ std::unique_ptr< HostClock > makeClock( ClockKind kind, Writer & writer ) {
    return nullptr;
 }
 
+// As large as the ring in memory.
+std::unique_ptr< Jotter::TraceFile > makeTraceFile( const std::optional< std::string > & path ) {
+   constexpr std::size_t descriptors = std::size_t{ 64 } * 1024;
+   constexpr std::size_t bytes =
+      descriptors + Jotter::TraceFile::defaultCells * sizeof( Jotter::Layout::Cell );
+   return path ? std::make_unique< Jotter::TraceFile >( *path, bytes ) : nullptr;
+}
+
 std::size_t playOne( const std::string & file, const Options & options, Output & output ) {
    const Scenario scenario = parseScenario( readScenarioFile( file ) );
    const auto clock = makeClock( options.clock, output.writer() );
+   const auto traceFile = makeTraceFile( options.traceFile );
+   RunOptions run = options.run;
+   run.traceFile = traceFile.get();
    output.begin( shownName( file ) );
-   const std::size_t failed = runScenario( scenario, options.run, *clock, output );
+   const std::size_t failed = runScenario( scenario, run, *clock, output );
    output.writer().flush();
    return failed;
 }
@@ -70,6 +84,11 @@ ExitStatus play( const Options & options, Writer & writer ) {
       } catch ( const ScenarioError & error ) {
          writer.flush(); // what came before the error is shown before it
          printError( file, error );
+         return somethingWrong;
+      } catch ( const Jotter::TraceFileError & error ) {
+         std::string line;
+         appendPrintable( line, error.what() );
+         std::fprintf( stderr, "interlock-replay: --trace-file: %s\n", line.c_str() );
          return somethingWrong;
       }
       if ( writer.error() != 0 ) {

@@ -26,22 +26,27 @@ namespace Replay {
 
 namespace {
 
-// What the ring-buffer trace is written to during one run: a file of its own, or none.
+// What the ring-buffer trace is written to during one run: the file that is given, else one in
+// memory, or none.
 class RingScope {
  public:
-   explicit RingScope( bool wanted )
-       : file_( wanted ? std::make_unique< Jotter::TraceFile >() : nullptr ),
-         before_( Jotter::defaultTraceFileIs( file_.get() ) ) {}
+   explicit RingScope( const RunOptions & options )
+       : own_( options.ring && options.traceFile == nullptr
+                  ? std::make_unique< Jotter::TraceFile >()
+                  : nullptr ),
+         file_( own_ ? own_.get() : options.traceFile ),
+         before_( Jotter::defaultTraceFileIs( file_ ) ) {}
    RingScope( const RingScope & ) = delete;
    RingScope & operator=( const RingScope & ) = delete;
    RingScope( RingScope && ) = delete;
    RingScope & operator=( RingScope && ) = delete;
    ~RingScope() { Jotter::defaultTraceFileIs( before_ ); }
 
-   const Jotter::TraceFile * file() const noexcept { return file_.get(); }
+   const Jotter::TraceFile * file() const noexcept { return file_; }
 
  private:
-   std::unique_ptr< Jotter::TraceFile > file_;
+   std::unique_ptr< Jotter::TraceFile > own_;
+   Jotter::TraceFile * file_;
    Jotter::TraceFile * before_;
 };
 
@@ -86,11 +91,11 @@ class Runner {
            const RunOptions & options,
            HostClock & clock,
            Output & output )
-       : scenario_( scenario ), clock_( clock ), output_( output ),
+       : scenario_( scenario ), showsRing_( options.ring ), clock_( clock ), output_( output ),
          stage_( scenario.ofPair ? StageKind::pair : StageKind::oneSwitch, scheduler_, output ),
-         ring_( options.ring ), traces_( output,
-                                         options.traceLevels | output.levelsAlwaysShown(),
-                                         scenario.expectsTrace ? Keep::messages : Keep::nothing ) {}
+         ring_( options ), traces_( output,
+                                    options.traceLevels | output.levelsAlwaysShown(),
+                                    scenario.expectsTrace ? Keep::messages : Keep::nothing ) {}
 
    std::size_t run() {
       for ( const Step & step : scenario_.steps ) {
@@ -106,7 +111,7 @@ class Runner {
             return outcome_.failedLines.size();
          }
       }
-      if ( ring_.file() != nullptr ) {
+      if ( showsRing_ ) {
          output_.ring( Jotter::readRecords( ring_.file()->bytes() ) );
       }
       finish();
@@ -169,6 +174,7 @@ class Runner {
    }
 
    const Scenario & scenario_;
+   bool showsRing_;
    HostClock & clock_;
    Output & output_;
    Vex::ClockScope clockScope_{ clock_.clock() };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Jotter/TraceFile.h"
 #include "replay/HostClock.h"
 #include "replay/Output.h"
 #include "replay/Scenario.h"
@@ -12,6 +13,7 @@ namespace Replay {
 struct RunOptions {
    std::uint32_t traceLevels = 0; // shown, as a bit mask
    bool ring = false;
+   Jotter::TraceFile * traceFile = nullptr; // an empty one that the ring's records go to, if any
 };
 
 /// Runs a scenario on a fresh set of entities and returns how many expects failed. A ScenarioError

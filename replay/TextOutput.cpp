@@ -2,11 +2,11 @@
 
 #include "platform/Vex/Clock.h"
 #include "replay/Numbers.h"
+#include "replay/RingText.h"
 #include "replay/Text.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <map>
 #include <sstream>
 
@@ -22,23 +22,10 @@ constexpr std::size_t eventColumn = statementColumn + 3;
 constexpr std::size_t eventWidth = 12;
 constexpr std::size_t resultColumn = 76; // of an expect
 constexpr std::size_t subjectWidth = 32; // of a verdict, before the verdict
-constexpr std::size_t messageWidth = 48; // of a trace message, before its origin
 constexpr std::size_t wrapColumn = 96; // of the closing lists
 constexpr std::size_t mostListed = 24; // entries of a closing list
 
 constexpr std::uint32_t level4 = 1U << 4U; // failures that an operator must see
-
-// "12.345", or "12.345678" where it takes that, with the points below each other.
-std::string timeText( Vex::Seconds time ) {
-   std::array< char, 400 > text{};
-   const int size =
-      std::snprintf( text.data(), text.size(), "%12.6f", roundedToMicroseconds( time ) );
-   std::string result( text.data(), static_cast< std::size_t >( size ) );
-   if ( result.ends_with( "000" ) ) {
-      result.replace( result.size() - 3, 3, "   " );
-   }
-   return result;
-}
 
 class TextOutput final : public Output {
  public:
@@ -118,7 +105,7 @@ class TextOutput final : public Output {
 
    void trace( const Vex::TraceRecord & record ) override {
       startEvent( "trace" );
-      appendMessage( record.message );
+      appendMessage( line_, record.message );
       appendPrintable( line_, record.source );
       line_ += ':' + std::to_string( record.line ) + ' ';
       appendPrintable( line_, record.function );
@@ -131,16 +118,7 @@ class TextOutput final : public Output {
       line_ = "\n   ring buffer, oldest first: " + std::to_string( records.size() ) + " records";
       endLine();
       for ( const Jotter::Record & record : records ) {
-         line_ = timeText( record.time );
-         const std::string number = std::to_string( record.sequence );
-         pad( number.size() < lineNumberWidth ? lineNumberWidth - number.size() : 0 );
-         line_ += number;
-         padTo( statementColumn );
-         appendMessage( record.message() );
-         appendPrintable( line_, record.descriptor->source );
-         line_ += ':' + std::to_string( record.descriptor->line ) + ' ';
-         appendPrintable( line_, record.descriptor->function );
-         line_ += ' ' + std::to_string( record.descriptor->level );
+         line_ = ringLine( record );
          endLine();
       }
    }
@@ -211,15 +189,6 @@ class TextOutput final : public Output {
    std::size_t switchWidth() const noexcept {
       constexpr std::size_t width = 8;
       return switchName().empty() ? 0 : width;
-   }
-   void appendMessage( std::string_view message ) {
-      const std::size_t begin = columns( line_ );
-      appendPrintable( line_, message );
-      padTo( begin + messageWidth );
-      if ( columns( line_ ) == begin + messageWidth ) {
-         return;
-      }
-      line_ += ' ';
    }
    void exchange( std::string_view what, Nodo::IntfId lag, std::optional< Token > token ) {
       startEvent( what );

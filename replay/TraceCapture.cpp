@@ -15,12 +15,14 @@ constexpr std::array< std::string_view, 2 > handles{ "VeloMlagEgressAclIntfInter
 
 TraceCapture::TraceCapture( Output & output, std::uint32_t shownLevels, Keep keep )
     : output_( output ), shownLevels_( shownLevels ), keep_( keep ), scope_( *this ) {
-   const std::uint32_t mask =
-      keep == Keep::messages ? std::numeric_limits< std::uint32_t >::max() : shownLevels;
    for ( const std::string_view name : handles ) {
       Vex::TraceHandle & handle = Vex::traceHandle( name );
       masks_.push_back( { handle, handle.levelMask() } );
-      handle.levelMaskIs( mask );
+   }
+   const std::uint32_t mask =
+      keep == Keep::messages ? std::numeric_limits< std::uint32_t >::max() : shownLevels;
+   for ( const Mask & changed : masks_ ) { // what is thrown before leaves the masks as they were
+      changed.handle.levelMaskIs( mask );
    }
 }
 

@@ -134,10 +134,8 @@ DeprecatedMlagEgressAclIntfInterlockSm::DeprecatedMlagEgressAclIntfInterlockSm(
    hwLagConfig_.createIfGiven( hwLagConfig );
    mlagStatus_.createIfGiven( mlagStatus );
    handleInitialized();
-   if ( hwLagConfig ) {
-      for ( const auto entry : hwLagConfig->initialMember().entries() ) {
-         initialMemberSmIs( entry.value );
-      }
+   for ( const auto entry : hwLagConfig->initialMember().entries() ) {
+      initialMemberSmIs( entry.value );
    }
    if ( mlagStatus ) {
       peerLinkIntfIs( mlagStatus->peerLink() );
@@ -211,7 +209,7 @@ bool DeprecatedMlagEgressAclIntfInterlockSm::shouldInstallEgressAcl( Nodo::IntfI
    duplog( Vex::at< 3 >(), "shouldInstallEgressAcl", " peer link : ", peerLinkId, " active" );
 
    const Mlag::IntfStatus & status = mlag->intfStatus( lag );
-   if ( status && status.peerState == Mlag::IntfState::active ) {
+   if ( status.peerState == Mlag::IntfState::active ) {
       duplog( Vex::at< 3 >(), "shouldInstallEgressAcl", "peer mlag intf is active" );
       return true;
    }

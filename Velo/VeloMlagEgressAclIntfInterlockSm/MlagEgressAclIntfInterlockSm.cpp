@@ -70,12 +70,11 @@ bool MlagEgressAclIntfInterlockSm::shouldInstallEgressAcl( Nodo::IntfId lag ) {
    trace( Vex::at< 3 >(), "shouldInstallEgressAcl", " peer link: active" );
 
    const Mlag::IntfStatus & status = mlag->intfStatus( lag );
-   const bool isMlagIntf = status != Mlag::IntfStatus();
-   if ( isMlagIntf && status.peerState == Mlag::IntfState::active ) {
+   if ( status.peerState == Mlag::IntfState::active ) {
       trace( Vex::at< 3 >(), "shouldInstallEgressAcl", "peer mlag intf is active" );
       return true;
    }
-   if ( isMlagIntf ) {
+   if ( status ) {
       trace( Vex::at< 2 >(), "shouldInstallEgressAcl", "peer Mlag intf of ", lag, " is inactve" );
       return false;
    }

@@ -10,8 +10,16 @@ namespace Velo {
 using EgressAcl::duplog;
 
 void MlagEgressAclIntfPeerInterlockSm::linkStateIs( Nodo::IntfId lag, LinkState state ) {
-   if ( linkState_.put( lag, state ) ) {
+   if ( !linkState_.put( lag, state ) ) {
+      return;
+   }
+   try {
       handleLinkState( lag );
+   } catch ( ... ) {
+      // No memory for the deadline of a request. Without one the LAG might ask for good, and no
+      // later event would set one; without a state the next event begins again.
+      linkState_.erase( lag );
+      throw;
    }
 }
 

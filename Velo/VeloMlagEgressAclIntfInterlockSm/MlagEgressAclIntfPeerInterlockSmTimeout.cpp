@@ -113,8 +113,13 @@ void MlagEgressAclIntfPeerInterlockSm::doCleanup() {
    // have no owner.
    const Vex::ScopedValue cleaningUp( cleaningUp_, true );
    scheduleTask( Vex::Seconds::infinity() );
-   for ( const Nodo::IntfId lag : aclRequestToPeer_->installRequest().keys() ) {
-      aclRequestToPeer_->installRequestDel( lag );
+   try {
+      for ( const Nodo::IntfId lag : aclRequestToPeer_->installRequest().keys() ) {
+         aclRequestToPeer_->installRequestDel( lag );
+      }
+   } catch ( ... ) {
+      resetTimer(); // this life goes on, and so do its deadlines
+      throw;
    }
    linkStateDelAll();
 }

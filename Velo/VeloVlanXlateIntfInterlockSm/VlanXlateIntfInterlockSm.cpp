@@ -144,10 +144,8 @@ VlanXlateIntfInterlockSm::VlanXlateIntfInterlockSm(
    hwLagConfig_.createIfGiven( hwLagConfig );
    bridgingConfig_.createIfGiven( bridgingConfig );
    handleInitialized();
-   if ( hwLagConfig ) {
-      for ( const auto entry : hwLagConfig->initialMember().entries() ) {
-         initialMemberSmIs( entry.value );
-      }
+   for ( const auto entry : hwLagConfig->initialMember().entries() ) {
+      initialMemberSmIs( entry.value );
    }
    if ( bridgingConfig ) {
       for ( const auto entry : bridgingConfig->switchIntfConfig().entries() ) {

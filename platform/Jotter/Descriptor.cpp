@@ -45,9 +45,19 @@ DescriptorId registerDescriptor( const Descriptor & descriptor ) {
    descriptors.push_back( descriptor );
    const auto id = static_cast< DescriptorId >( descriptors.size() );
    if ( TraceFile * const file = defaultTraceFile() ) {
-      file->describe( id, descriptor );
+      try {
+         file->describe( id, descriptor );
+      } catch ( ... ) {
+         descriptors.pop_back(); // the next attempt shall find it unknown
+         throw;
+      }
    }
    return id;
+}
+
+void describeKnown( TraceFile & file ) {
+   const std::lock_guard lock( state().mutex );
+   describeAll( file );
 }
 
 TraceFile * defaultTraceFile() noexcept {

@@ -43,6 +43,9 @@ class TraceFile;
 /// The number of this descriptor; a new one is written into the default trace file as well.
 VEX_EXPORT DescriptorId registerDescriptor( const Descriptor & descriptor );
 
+/// Makes every descriptor that is registered by now known to readers of `file`.
+VEX_EXPORT void describeKnown( TraceFile & file );
+
 /// The trace file that Duplog messages go to. At first it is a built-in one in plain memory.
 /// Null: nothing is recorded.
 VEX_EXPORT TraceFile * defaultTraceFile() noexcept;

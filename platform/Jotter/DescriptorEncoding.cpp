@@ -1,6 +1,7 @@
 #include "platform/Jotter/DescriptorEncoding.h"
 
 #include "platform/Jotter/ByteReader.h"
+#include "platform/Jotter/RingLayout.h"
 
 #include <algorithm>
 #include <bit>
@@ -13,14 +14,22 @@
 
 // An entry, numbers little-endian and unaligned:
 //
-//    size of the entry, this field included (4), id (4), line (4), level (1), source, function,
-//    number of pieces (2), pieces: kind (1), literal
+//    size of the entry, this field included (4), check over all that follows it and over the size
+//    (8), id (4), line (4), level (1), source, function, number of pieces (2), pieces: kind (1),
+//    literal
 //
 // where a text is its length (2) and its bytes.
 
 namespace Jotter {
 
 namespace {
+
+constexpr std::size_t checkedFrom = sizeof( std::uint32_t ) + sizeof( std::uint64_t );
+
+// The size is mixed in by an operation that can be undone, so that a change of it shows as well.
+std::uint64_t checkOfEntry( std::span< const std::byte > entry ) noexcept {
+   return Layout::checkOf( entry.subspan( checkedFrom ) ) ^ entry.size();
+}
 
 class Bytes {
  public:
@@ -41,6 +50,8 @@ class Bytes {
    std::vector< std::byte > finished() && {
       const auto size = static_cast< std::uint32_t >( bytes_.size() );
       std::memcpy( bytes_.data(), &size, sizeof size );
+      const std::uint64_t check = checkOfEntry( bytes_ );
+      std::memcpy( bytes_.data() + sizeof size, &check, sizeof check );
       return std::move( bytes_ );
    }
 
@@ -81,7 +92,8 @@ std::optional< Descriptor > decodeDescriptor( ByteReader & reader ) {
 
 std::vector< std::byte > encodeDescriptor( DescriptorId id, const Descriptor & descriptor ) {
    Bytes bytes;
-   bytes.number( std::uint32_t{ 0 } ); // the size, known at the end
+   bytes.number( std::uint32_t{ 0 } ); // the size and
+   bytes.number( std::uint64_t{ 0 } ); // the check, known at the end
    bytes.number( id );
    bytes.number( descriptor.line );
    bytes.number( descriptor.level );
@@ -95,21 +107,31 @@ std::vector< std::byte > encodeDescriptor( DescriptorId id, const Descriptor & d
    return std::move( bytes ).finished();
 }
 
-std::map< DescriptorId, Descriptor > decodeDescriptors( std::span< const std::byte > area ) {
+std::map< DescriptorId, Descriptor > decodeDescriptors( std::span< const std::byte > area,
+                                                        std::size_t * damaged ) {
    std::map< DescriptorId, Descriptor > descriptors;
+   std::size_t lost = 0;
    while ( !area.empty() ) {
       ByteReader reader( area );
       const auto size = reader.number< std::uint32_t >();
-      const auto id = reader.number< std::uint32_t >();
-      if ( !size || !id || *size < 2 * sizeof( std::uint32_t ) || *size > area.size() ) {
+      const auto check = reader.number< std::uint64_t >();
+      if ( !size || !check || *size < checkedFrom || *size > area.size() ) {
+         ++lost; // and there is no telling how many follow
          break;
       }
-      ByteReader entry(
-         area.subspan( 2 * sizeof( std::uint32_t ), *size - 2 * sizeof( std::uint32_t ) ) );
-      if ( auto descriptor = decodeDescriptor( entry ) ) {
+      const auto entry = area.first( *size );
+      ByteReader content( entry.subspan( checkedFrom ) );
+      const auto id = content.number< std::uint32_t >();
+      auto descriptor = decodeDescriptor( content );
+      if ( id && descriptor && *check == checkOfEntry( entry ) ) {
          descriptors.emplace( *id, *std::move( descriptor ) );
+      } else {
+         ++lost;
       }
       area = area.subspan( *size );
+   }
+   if ( damaged != nullptr ) {
+      *damaged = lost;
    }
    return descriptors;
 }

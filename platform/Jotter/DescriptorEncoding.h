@@ -16,8 +16,9 @@ namespace Jotter {
 VEX_EXPORT std::vector< std::byte > encodeDescriptor( DescriptorId id,
                                                       const Descriptor & descriptor );
 
-/// The entries of a descriptor area, as far as they are whole and make sense.
+/// The entries of a descriptor area, as far as they are whole; how many are damaged goes to
+/// `damaged`.
 VEX_EXPORT std::map< DescriptorId, Descriptor > decodeDescriptors(
-   std::span< const std::byte > area );
+   std::span< const std::byte > area, std::size_t * damaged = nullptr );
 
 } // namespace Jotter

@@ -1,11 +1,18 @@
 #include "platform/Jotter/TraceFile.h"
 
 #include "platform/Jotter/DescriptorEncoding.h"
+#include "platform/Jotter/MappedFile.h"
+#include "platform/Jotter/TraceFileError.h"
 #include "platform/Vex/Assert.h"
+#include "platform/Vex/Clock.h"
 #include "platform/Vex/Object.h"
 
 #include <algorithm>
+#include <atomic>
+#include <bit>
+#include <cstring>
 #include <new>
+#include <vector>
 
 namespace Jotter {
 
@@ -16,17 +23,51 @@ constexpr std::uint32_t descriptorRoom = 64 * 1024 - headerRoom;
 constexpr std::uint32_t cellOffset = headerRoom + descriptorRoom;
 // A record of the longest arguments must fit with room to spare.
 constexpr std::uint32_t fewestCells = 256;
+constexpr std::uint32_t mostCells = 1U << 26U; // 4 GiB
 constexpr std::align_val_t alignment{ alignof( Layout::Cell ) };
 
 static_assert( sizeof( Layout::Header ) <= headerRoom );
 static_assert( cellOffset % sizeof( Layout::Cell ) == 0 );
+static_assert( TraceFile::fewestBytes == cellOffset + fewestCells * sizeof( Layout::Cell ) );
 
 std::uint32_t cellCountFor( std::uint32_t cells ) noexcept {
-   return std::bit_ceil( std::max( cells, fewestCells ) );
+   return std::bit_ceil( std::clamp( cells, fewestCells, mostCells ) );
 }
 
-std::size_t fileSize( std::uint32_t cells ) noexcept {
-   return cellOffset + std::size_t{ cellCountFor( cells ) } * sizeof( Layout::Cell );
+std::size_t fileSize( std::uint32_t cellCount ) noexcept {
+   return cellOffset + std::size_t{ cellCount } * sizeof( Layout::Cell );
+}
+
+// The size of the largest file that takes at most so many bytes.
+std::size_t sizeWithin( const Vex::String & path, std::size_t bytes ) {
+   if ( bytes < TraceFile::fewestBytes ) {
+      throw TraceFileError( path + ": " + std::to_string( bytes ) +
+                            " bytes are too few for a trace file, which takes " +
+                            std::to_string( TraceFile::fewestBytes ) + " at least" );
+   }
+   const std::size_t cells = ( bytes - cellOffset ) / sizeof( Layout::Cell );
+   return fileSize( static_cast< std::uint32_t >(
+      std::bit_floor( std::min< std::size_t >( cells, mostCells ) ) ) );
+}
+
+std::uint32_t cellsIn( std::size_t size ) noexcept {
+   return static_cast< std::uint32_t >( ( size - cellOffset ) / sizeof( Layout::Cell ) );
+}
+
+// A trace file gives way to a new one when it can be read by the same programs.
+Vex::String reasonToKeep( std::span< const std::byte > beginning ) {
+   Layout::Header header{};
+   if ( beginning.size() < sizeof header ||
+        std::memcmp( beginning.data(), Layout::magic.data(), sizeof Layout::magic ) != 0 ) {
+      return "it is no trace file";
+   }
+   std::uint32_t version = 0;
+   std::memcpy( &version, beginning.data() + offsetof( Layout::Header, version ), sizeof version );
+   if ( version != Layout::version ) {
+      return "it is a trace file of version " + std::to_string( version ) + ", not " +
+             std::to_string( Layout::version );
+   }
+   return {};
 }
 
 } // namespace
@@ -36,91 +77,185 @@ void TraceFile::Free::operator()( std::byte * memory ) const noexcept {
 }
 
 TraceFile::TraceFile( std::uint32_t cells )
-    : size_( fileSize( cells ) ),
+    : size_( fileSize( cellCountFor( cells ) ) ),
       memory_( static_cast< std::byte * >( ::operator new( size_, alignment ) ) ),
-      cells_( reinterpret_cast< Layout::Cell * >( memory_.get() + cellOffset ) ),
-      cellMask_( cellCountFor( cells ) - 1 ) {
+      base_( memory_.get() ) {
    // Zero is the empty state of every word: no record, no descriptor.
-   std::memset( memory_.get(), 0, size_ );
-   auto & head = *new ( memory_.get() ) Layout::Header{};
-   head.magic = Layout::magic;
-   head.version = Layout::version;
-   head.cellCount = cellCountFor( cells );
-   head.descriptorOffset = headerRoom;
-   head.descriptorRoom = descriptorRoom;
-   head.cellOffset = cellOffset;
-   std::uninitialized_value_construct_n( cells_, head.cellCount );
+   std::memset( base_, 0, size_ );
+   format( cellsIn( size_ ) );
+}
+
+TraceFile::TraceFile( const Vex::String & path, std::size_t bytes, const TraceFile * before )
+    : size_( sizeWithin( path, bytes ) ),
+      mapped_( std::make_unique< MappedFile >( path, size_, reasonToKeep ) ),
+      base_( mapped_->data() ) {
+   format( cellsIn( size_ ) );
+   // What may fail, and what a reader must not see half-done, comes before it is in place.
+   describeKnown( *this );
+   if ( before != nullptr ) {
+      continueFrom( *before );
+   }
+   mapped_->publish();
 }
 
 TraceFile::~TraceFile() = default;
+
+void TraceFile::format( std::uint32_t cellCount ) noexcept {
+   auto & head = *new ( base_ ) Layout::Header{};
+   head.magic = Layout::magic;
+   head.version = Layout::version;
+   head.cellCount = cellCount;
+   head.descriptorOffset = headerRoom;
+   head.descriptorRoom = descriptorRoom;
+   head.cellOffset = cellOffset;
+   head.check = Layout::checkOf( { base_, offsetof( Layout::Header, check ) } );
+   head.descriptorBytes.store( Layout::complemented( 0 ), std::memory_order_relaxed );
+   cells_ = reinterpret_cast< Layout::Cell * >( base_ + cellOffset );
+   cellMask_ = cellCount - 1;
+   // Touches every page, so that no record pays for that.
+   std::uninitialized_value_construct_n( cells_, cellCount );
+}
 
 void TraceFile::describe( DescriptorId id, const Descriptor & descriptor ) {
    if ( id <= described_ ) {
       return;
    }
    VEX_ASSERT( id == described_ + 1 );
-   described_ = id;
    const std::vector< std::byte > entry = encodeDescriptor( id, descriptor );
+   described_ = id;
    Layout::Header & head = header();
-   const std::uint64_t used = head.descriptorBytes.load( std::memory_order_relaxed );
+   const auto used =
+      static_cast< std::uint32_t >( head.descriptorBytes.load( std::memory_order_relaxed ) );
    if ( entry.size() > head.descriptorRoom - used ) {
       return; // its records will show as those of an unknown call site
    }
-   std::memcpy( memory_.get() + head.descriptorOffset + used, entry.data(), entry.size() );
-   head.descriptorBytes.store( used + entry.size(), std::memory_order_release );
+   std::memcpy( base_ + head.descriptorOffset + used, entry.data(), entry.size() );
+   head.descriptorBytes.store(
+      Layout::complemented( used + static_cast< std::uint32_t >( entry.size() ) ),
+      std::memory_order_release );
 }
 
-std::uint64_t TraceFile::claim( Layout::Word & counter, std::uint64_t count ) noexcept {
-   if ( Vex::pointerMode() == Vex::PointerMode::threadSafe ) {
-      return counter.fetch_add( count, std::memory_order_relaxed );
+void TraceFile::continueFrom( const TraceFile & other ) noexcept {
+   // A cell's number tells its place in a ring of any size, and its check goes with its number.
+   const std::uint64_t end = other.header().nextCell.load( std::memory_order_acquire );
+   const std::uint64_t kept = std::min( { end, cellMask_ + 1, other.cellMask_ + 1 } );
+   for ( std::uint64_t number = end - kept; number < end; ++number ) {
+      const Layout::Cell & from = other.cell( number );
+      Layout::Cell & to = cell( number );
+      for ( std::size_t word = 0; word < Layout::cellWords; ++word ) {
+         to.content[ word ].store( from.content[ word ].load( std::memory_order_relaxed ),
+                                   std::memory_order_relaxed );
+      }
+      to.stamp.store( from.stamp.load( std::memory_order_relaxed ), std::memory_order_relaxed );
    }
-   const std::uint64_t first = counter.load( std::memory_order_relaxed );
-   counter.store( first + count, std::memory_order_relaxed );
-   return first;
+   header().nextCell.store( end, std::memory_order_release );
+   header().nextSequence.store( other.written(), std::memory_order_release );
 }
 
-void TraceFile::writeCell(
-   std::uint64_t number,
-   bool continues,
-   const std::array< std::uint64_t, Layout::cellWords > & content ) noexcept {
-   Layout::Cell & cell = cells_[ number & cellMask_ ];
-   cell.stamp.store( 0, std::memory_order_relaxed );
-   std::atomic_thread_fence(
-      std::memory_order_release ); // the old stamp goes before the old content
+void TraceFile::unlock() noexcept {
+   if ( mapped_ ) {
+      mapped_->unlock();
+   }
+}
+
+namespace {
+
+struct Claim {
+   std::uint64_t cell;
+   std::uint64_t sequence;
+};
+
+// Cells first: whoever has seen the number of a record also sees that its cells are taken.
+Claim claim( Layout::Header & head, std::uint64_t cells ) noexcept {
+   if ( Vex::pointerMode() == Vex::PointerMode::threadSafe ) {
+      const std::uint64_t cell = head.nextCell.fetch_add( cells, std::memory_order_acq_rel );
+      return { cell, head.nextSequence.fetch_add( 1, std::memory_order_acq_rel ) + 1 };
+   }
+   const std::uint64_t cell = head.nextCell.load( std::memory_order_relaxed );
+   const std::uint64_t sequence = head.nextSequence.load( std::memory_order_relaxed ) + 1;
+   head.nextCell.store( cell + cells, std::memory_order_release );
+   head.nextSequence.store( sequence, std::memory_order_release );
+   return { cell, sequence };
+}
+
+// Makes the writer of cell `number` the only one of this place. It is not when another one is at
+// work there, or has been with a higher number: then the ring has gone round while we stalled.
+bool taken( Layout::Cell & cell, std::uint64_t number ) noexcept {
+   std::uint64_t before = cell.stamp.load( std::memory_order_relaxed );
+   if ( before == Layout::busy ) {
+      return false;
+   }
+   // Tags go round: the lower one is the one that is less than half a round behind.
+   const std::uint32_t ahead =
+      Layout::tagOf( number, false ) - static_cast< std::uint32_t >( before );
+   if ( before != 0 && static_cast< std::int32_t >( ahead ) < 0 ) {
+      return false;
+   }
+   return cell.stamp.compare_exchange_strong( before, Layout::busy, std::memory_order_acq_rel,
+                                              std::memory_order_relaxed );
+}
+
+// False: another writer has this place, and the record cannot be whole.
+bool writeCell( Layout::Cell & cell,
+                std::uint64_t number,
+                bool continues,
+                const Layout::Content & content ) noexcept {
+   if ( Vex::pointerMode() != Vex::PointerMode::threadSafe ) {
+      cell.stamp.store( Layout::busy, std::memory_order_release ); // after the counters
+   } else if ( !taken( cell, number ) ) {
+      return false;
+   }
+   std::atomic_thread_fence( std::memory_order_release ); // the old stamp goes first
    for ( std::size_t word = 0; word < Layout::cellWords; ++word ) {
       cell.content[ word ].store( content[ word ], std::memory_order_relaxed );
    }
-   cell.stamp.store( Layout::stampOf( number, continues ), std::memory_order_release );
+   cell.stamp.store( Layout::stampOf( Layout::tagOf( number, continues ), content ),
+                     std::memory_order_release );
+   return true;
 }
+
+void setHead( Layout::Content & content,
+              std::uint64_t sequence,
+              Vex::Seconds time,
+              DescriptorId descriptor,
+              std::size_t size ) noexcept {
+   content[ 0 ] = sequence;
+   content[ 1 ] = std::bit_cast< std::uint64_t >( time.value() );
+   content[ 2 ] = descriptor | static_cast< std::uint64_t >( size ) << 32U;
+}
+
+} // namespace
 
 void TraceFile::writeShort( DescriptorId descriptor,
                             std::size_t size,
-                            std::array< std::uint64_t, Layout::cellWords > & content ) noexcept {
-   setHead( content.data(), claim( header().nextSequence, 1 ) + 1, descriptor, size );
-   writeCell( claim( header().nextCell, 1 ), false, content );
+                            Layout::Content & content ) noexcept {
+   const Vex::Seconds time = Vex::now();
+   const auto [ number, sequence ] = claim( header(), 1 );
+   setHead( content, sequence, time, descriptor, size );
+   writeCell( cell( number ), number, false, content );
 }
 
 void TraceFile::writeLong( DescriptorId descriptor,
                            std::span< const std::byte > arguments ) noexcept {
    const std::size_t rest = arguments.size() - Layout::inlineArgumentBytes;
    const std::uint64_t more = ( rest + Layout::cellBytes - 1 ) / Layout::cellBytes;
-   const std::uint64_t sequence = claim( header().nextSequence, 1 ) + 1;
-   const std::uint64_t first = claim( header().nextCell, 1 + more );
-   // The first cell's old record goes before anything else; its stamp comes back last.
-   cells_[ first & cellMask_ ].stamp.store( 0, std::memory_order_relaxed );
+   const Vex::Seconds time = Vex::now();
+   const auto [ first, sequence ] = claim( header(), 1 + more );
    std::span< const std::byte > left = arguments.subspan( Layout::inlineArgumentBytes );
    for ( std::uint64_t at = 1; at <= more; ++at ) {
-      std::array< std::uint64_t, Layout::cellWords > content{};
+      Layout::Content content{};
       const auto part = left.first( std::min( left.size(), Layout::cellBytes ) );
       std::memcpy( content.data(), part.data(), part.size() );
       left = left.subspan( part.size() );
-      writeCell( first + at, true, content );
+      if ( !writeCell( cell( first + at ), first + at, true, content ) ) {
+         return;
+      }
    }
-   std::array< std::uint64_t, Layout::cellWords > content{};
-   setHead( content.data(), sequence, descriptor, arguments.size() );
+   Layout::Content content{};
+   setHead( content, sequence, time, descriptor, arguments.size() );
    std::memcpy( content.data() + Layout::recordHeadBytes / sizeof( std::uint64_t ),
                 arguments.data(), Layout::inlineArgumentBytes );
-   writeCell( first, false, content );
+   writeCell( cell( first ), first, false, content );
 }
 
 } // namespace Jotter

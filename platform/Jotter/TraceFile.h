@@ -1,29 +1,32 @@
 #pragma once
 
-// The ring-buffer trace: a bounded ring of binary records that overwrites its oldest. Writing a
-// record neither allocates nor locks nor blocks. Read it back with Jotter::readRecords
-// (platform/Jotter/TraceReader.h); the layout is in platform/Jotter/RingLayout.h.
+// The ring-buffer trace: a bounded ring of binary records that overwrites its oldest, in plain
+// memory or in a file that is mapped into memory. Writing a record neither allocates nor locks nor
+// blocks. Read it back with Jotter::readTraceFile (platform/Jotter/TraceReader.h); the layout is in
+// platform/Jotter/RingLayout.h.
 //
-// Ownership: whoever creates a file holds it; Duplog borrows the default one.
+// Ownership: whoever creates a trace file holds it; Duplog borrows the default one.
 // Threading: in the thread-safe pointer mode any thread may write, otherwise the one thread that
-// owns the objects. Reading at the same time is safe; records that are being overwritten are left
-// out.
+// owns the objects. Reading at the same time is safe, from other processes too.
+// Death: the process may be killed at any instruction of these functions. What was written is whole
+// in the file, and the record under way is recognised as such.
 
 #include "platform/Jotter/Descriptor.h"
 #include "platform/Jotter/RecordEncoding.h"
 #include "platform/Jotter/RingLayout.h"
 #include "platform/Vex/Clock.h"
 #include "platform/Vex/Export.h"
+#include "platform/Vex/String.h"
 
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <span>
 
 namespace Jotter {
+
+class MappedFile;
 
 class VEX_EXPORT TraceFile {
  public:
@@ -31,6 +34,15 @@ class VEX_EXPORT TraceFile {
 
    /// An empty ring of at least `cells` cells (rounded up to a power of two) of 64 bytes.
    explicit TraceFile( std::uint32_t cells = defaultCells );
+
+   /// An empty ring in a new file `path` of at most `bytes` bytes, with as many cells, in powers of
+   /// two, as fit. A trace file that a process which has ended left there becomes PATH.previous. It
+   /// knows every descriptor that is registered by now, and holds the newest records of `before`,
+   /// where that is given and stands still meanwhile.
+   /// Throws TraceFileError, and leaves everything on disk as it was, when the file cannot be made.
+   TraceFile( const Vex::String & path, std::size_t bytes, const TraceFile * before = nullptr );
+
+   static constexpr std::size_t fewestBytes = std::size_t{ 80 } * 1024; // of a file
    TraceFile( const TraceFile & ) = delete;
    TraceFile & operator=( const TraceFile & ) = delete;
    TraceFile( TraceFile && ) = delete;
@@ -43,7 +55,7 @@ class VEX_EXPORT TraceFile {
    void write( DescriptorId descriptor, const Pieces &... pieces ) noexcept {
       const std::size_t size = ( std::size_t{ 0 } + ... + encodedSize( pieces ) );
       if ( size <= Layout::inlineArgumentBytes ) [[likely]] {
-         std::array< std::uint64_t, Layout::cellWords > content{};
+         Layout::Content content{};
          [[maybe_unused]] auto * end =
             reinterpret_cast< std::byte * >( content.data() ) + Layout::recordHeadBytes;
          ( ( end = encode( end, pieces ) ), ... );
@@ -60,8 +72,11 @@ class VEX_EXPORT TraceFile {
    /// come in the order of their numbers.
    void describe( DescriptorId id, const Descriptor & descriptor );
 
+   /// Gives up the lock on a file on disk; writing goes on.
+   void unlock() noexcept;
+
    /// The whole file as a reader sees it.
-   std::span< const std::byte > bytes() const noexcept { return { memory_.get(), size_ }; }
+   std::span< const std::byte > bytes() const noexcept { return { base_, size_ }; }
 
    /// How many records have been written, overwritten ones included.
    std::uint64_t written() const noexcept {
@@ -73,32 +88,24 @@ class VEX_EXPORT TraceFile {
       void operator()( std::byte * memory ) const noexcept;
    };
 
+   void format( std::uint32_t cellCount ) noexcept;
+   void continueFrom( const TraceFile & other ) noexcept;
+   Layout::Cell & cell( std::uint64_t number ) const noexcept {
+      return cells_[ number & cellMask_ ];
+   }
    Layout::Header & header() const noexcept {
-      return *reinterpret_cast< Layout::Header * >( memory_.get() );
+      return *reinterpret_cast< Layout::Header * >( base_ );
    }
 
-   static void setHead( std::uint64_t * content,
-                        std::uint64_t sequence,
-                        DescriptorId descriptor,
-                        std::size_t size ) noexcept {
-      content[ 0 ] = sequence;
-      content[ 1 ] = std::bit_cast< std::uint64_t >( Vex::now().value() );
-      content[ 2 ] = descriptor | static_cast< std::uint64_t >( size ) << 32U;
-   }
-
-   void writeShort( DescriptorId descriptor,
-                    std::size_t size,
-                    std::array< std::uint64_t, Layout::cellWords > & content ) noexcept;
+   void writeShort( DescriptorId descriptor, std::size_t size, Layout::Content & content ) noexcept;
    void writeLong( DescriptorId descriptor, std::span< const std::byte > arguments ) noexcept;
-   void writeCell( std::uint64_t number,
-                   bool continues,
-                   const std::array< std::uint64_t, Layout::cellWords > & content ) noexcept;
-   static std::uint64_t claim( Layout::Word & counter, std::uint64_t count ) noexcept;
 
    std::size_t size_;
+   std::unique_ptr< MappedFile > mapped_; // one of these two
    std::unique_ptr< std::byte, Free > memory_;
-   Layout::Cell * cells_;
-   std::uint64_t cellMask_;
+   std::byte * base_;
+   Layout::Cell * cells_ = nullptr;
+   std::uint64_t cellMask_ = 0;
    DescriptorId described_ = 0;
 };
 

@@ -3,76 +3,23 @@
 #include "platform/Jotter/ByteReader.h"
 #include "platform/Jotter/DescriptorEncoding.h"
 #include "platform/Jotter/RingLayout.h"
+#include "platform/Jotter/RingScan.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstring>
 #include <map>
 #include <optional>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace Jotter {
 
 namespace {
 
-using Content = std::array< std::uint64_t, Layout::cellWords >;
 using Descriptors = std::map< DescriptorId, std::shared_ptr< const Descriptor > >;
-
-// The parts of a file, checked against its size.
-struct File {
-   const Layout::Header & header;
-   std::span< const std::byte > descriptorArea;
-   std::span< const Layout::Cell > cells;
-};
-
-File open( std::span< const std::byte > bytes ) {
-   if ( bytes.size() < sizeof( Layout::Header ) ) {
-      throw TraceFileError( "no trace file: shorter than its header" );
-   }
-   const auto & header = *reinterpret_cast< const Layout::Header * >( bytes.data() );
-   if ( header.magic != Layout::magic ) {
-      throw TraceFileError( "no trace file: it does not begin with JOTTER" );
-   }
-   if ( header.version != Layout::version ) {
-      throw TraceFileError( "trace file of version " + std::to_string( header.version ) +
-                            "; this reader knows version " + std::to_string( Layout::version ) );
-   }
-   const std::uint64_t descriptorEnd =
-      std::uint64_t{ header.descriptorOffset } + header.descriptorRoom;
-   const std::uint64_t cellEnd =
-      header.cellOffset + std::uint64_t{ header.cellCount } * sizeof( Layout::Cell );
-   if ( header.descriptorOffset < sizeof( Layout::Header ) || descriptorEnd > header.cellOffset ||
-        header.cellOffset % alignof( Layout::Cell ) != 0 ||
-        !std::has_single_bit( header.cellCount ) || cellEnd > bytes.size() ) {
-      throw TraceFileError( "damaged trace file: its header does not fit its size" );
-   }
-   const std::uint64_t used = std::min< std::uint64_t >(
-      header.descriptorBytes.load( std::memory_order_acquire ), header.descriptorRoom );
-   const auto * const cells =
-      reinterpret_cast< const Layout::Cell * >( bytes.data() + header.cellOffset );
-   return { header,
-            bytes.subspan( header.descriptorOffset, static_cast< std::size_t >( used ) ),
-            { cells, header.cellCount } };
-}
-
-// The content of cell `number` if that is what its place holds, whole.
-std::optional< Content > readCell( const File & file, std::uint64_t number, bool continues ) {
-   const Layout::Cell & cell = file.cells[ number & ( file.cells.size() - 1 ) ];
-   const std::uint64_t wanted = Layout::stampOf( number, continues );
-   if ( cell.stamp.load( std::memory_order_acquire ) != wanted ) {
-      return std::nullopt;
-   }
-   Content content{};
-   for ( std::size_t word = 0; word < content.size(); ++word ) {
-      content[ word ] = cell.content[ word ].load( std::memory_order_relaxed );
-   }
-   std::atomic_thread_fence( std::memory_order_acquire );
-   if ( cell.stamp.load( std::memory_order_relaxed ) != wanted ) {
-      return std::nullopt; // overwritten meanwhile
-   }
-   return content;
-}
 
 std::optional< Vex::String > decodeText( ByteReader & reader ) {
    const auto shortLength = reader.number< std::uint8_t >();
@@ -128,53 +75,201 @@ std::shared_ptr< const Descriptor > unknownSite( DescriptorId id ) {
       { { PieceKind::literal, "(call site " + std::to_string( id ) + " unknown)" } } } );
 }
 
+// "record 7" or "records 7 to 9"
+Vex::String recordsFrom( std::uint64_t first, std::uint64_t last ) {
+   return first == last ? "record " + std::to_string( first )
+                        : "records " + std::to_string( first ) + " to " + std::to_string( last );
+}
+
+Vex::String counted( std::uint64_t count, const Vex::String & one, const Vex::String & many ) {
+   return std::to_string( count ) + " " + ( count == 1 ? one : many );
+}
+
+// Makes records of the cells of one scan, and finds out what is missing.
+class Reading {
+ public:
+   Reading( const FileParts & file, std::uint64_t after )
+       : file_( file ), scan_( file ), after_( after ) {}
+
+   TraceFileContents contents() && {
+      readDescriptors();
+      if ( file_.cells.size() < file_.header.cellCount ) {
+         tell( "the file is cut: " + std::to_string( file_.cells.size() ) + " of " +
+               counted( file_.header.cellCount, "cell is", "cells are" ) + " there" );
+      }
+      readCells();
+      // Several threads may have taken their cells and their sequence numbers in different orders.
+      std::ranges::sort( found_, {}, &Found::sequence );
+      checkCounters();
+      tellGaps();
+      for ( Found & found : found_ ) {
+         if ( found.record.sequence > after_ ) {
+            contents_.records.push_back( std::move( found.record ) );
+         }
+      }
+      return std::move( contents_ );
+   }
+
+ private:
+   struct Found {
+      std::uint64_t sequence;
+      std::uint64_t cell; // its first
+      Record record;
+   };
+
+   void tell( Vex::String problem ) { contents_.problems.push_back( std::move( problem ) ); }
+   void readDescriptors();
+   void readCells();
+   std::optional< Record > readRecord( std::uint64_t number );
+   bool readArguments( Record & record, std::span< const std::byte > bytes ) const;
+   std::shared_ptr< const Descriptor > site( DescriptorId id );
+   void checkCounters();
+   void tellGaps();
+   void tellDamageWithoutGap();
+
+   FileParts file_;
+   RingScan scan_;
+   std::uint64_t after_;
+   Descriptors descriptors_;
+   std::vector< Found > found_;
+   std::vector< std::uint64_t > damaged_; // cells that should be there, whole, and are not
+   TraceFileContents contents_;
+};
+
+void Reading::readDescriptors() {
+   // After the cells: whoever has seen a record also sees its descriptor.
+   const auto [ area, cut ] = descriptorAreaOf( file_ );
+   std::size_t damaged = 0;
+   for ( auto & [ id, descriptor ] : decodeDescriptors( area, &damaged ) ) {
+      descriptors_.emplace( id, std::make_shared< Descriptor >( std::move( descriptor ) ) );
+   }
+   if ( cut || damaged != 0 ) {
+      tell( "the descriptors of the call sites are damaged: " +
+            counted( descriptors_.size(), "is", "are" ) + " whole" );
+   }
+}
+
+void Reading::readCells() {
+   for ( std::uint64_t number = scan_.begin(); number < scan_.end(); ++number ) {
+      if ( scan_.cell( number, false ) == nullptr ) {
+         if ( scan_.cell( number, true ) == nullptr ) {
+            damaged_.push_back( number );
+         }
+      } else if ( auto record = readRecord( number ) ) {
+         found_.push_back( { record->sequence, number, *std::move( record ) } );
+      } else {
+         damaged_.push_back( number );
+      }
+   }
+}
+
 // The record whose first cell is cell `number`.
-std::optional< Record > readRecord( const File & file,
-                                    const Descriptors & descriptors,
-                                    std::uint64_t number ) {
-   const auto first = readCell( file, number, false );
-   if ( !first ) {
-      return std::nullopt;
-   }
-   const auto id = static_cast< DescriptorId >( ( *first )[ 2 ] );
-   const std::size_t size = ( *first )[ 2 ] >> 32U;
-   if ( size > file.cells.size() * Layout::cellBytes ) {
-      return std::nullopt;
-   }
-   std::vector< std::byte > bytes( sizeof( Content ) );
-   std::memcpy( bytes.data(), first->data(), sizeof( Content ) );
+std::optional< Record > Reading::readRecord( std::uint64_t number ) {
+   const Layout::Content & first = *scan_.cell( number, false );
+   const auto id = static_cast< DescriptorId >( first[ 2 ] );
+   const std::size_t size = first[ 2 ] >> 32U;
+   std::vector< std::byte > bytes( sizeof first );
+   std::memcpy( bytes.data(), first.data(), sizeof first );
    while ( bytes.size() < Layout::recordHeadBytes + size ) {
-      const auto more = readCell( file, ++number, true );
-      if ( !more ) {
+      const Layout::Content * const more = scan_.cell( ++number, true );
+      if ( more == nullptr ) {
          return std::nullopt;
       }
-      bytes.resize( bytes.size() + sizeof( Content ) );
-      std::memcpy( bytes.data() + bytes.size() - sizeof( Content ), more->data(),
-                   sizeof( Content ) );
+      bytes.resize( bytes.size() + sizeof *more );
+      std::memcpy( bytes.data() + bytes.size() - sizeof *more, more->data(), sizeof *more );
    }
-   const auto known = descriptors.find( id );
-   Record record{ ( *first )[ 0 ],
-                  Vex::Seconds( std::bit_cast< double >( ( *first )[ 1 ] ) ),
-                  known != descriptors.end() ? known->second : unknownSite( id ),
-                  {} };
+   Record record{
+      first[ 0 ], Vex::Seconds( std::bit_cast< double >( first[ 1 ] ) ), site( id ), {} };
    const std::span< const std::byte > whole( bytes );
-   ByteReader reader( whole.subspan( Layout::recordHeadBytes, size ) );
-   for ( const Piece & piece : record.descriptor->pieces ) {
-      if ( piece.kind == PieceKind::literal ) {
-         continue;
-      }
-      auto argument = decodeArgument( piece.kind, reader );
-      if ( !argument ) {
-         return std::nullopt;
-      }
-      record.arguments.push_back( *std::move( argument ) );
+   if ( !readArguments( record, whole.subspan( Layout::recordHeadBytes, size ) ) ) {
+      return std::nullopt;
    }
    return record;
 }
 
-} // namespace
+bool Reading::readArguments( Record & record, std::span< const std::byte > bytes ) const {
+   ByteReader reader( bytes );
+   for ( const Piece & piece : record.descriptor->pieces ) {
+      if ( piece.kind != PieceKind::literal ) {
+         auto argument = decodeArgument( piece.kind, reader );
+         if ( !argument ) {
+            return false;
+         }
+         record.arguments.push_back( *std::move( argument ) );
+      }
+   }
+   return true;
+}
 
-TraceFileError::~TraceFileError() = default;
+std::shared_ptr< const Descriptor > Reading::site( DescriptorId id ) {
+   auto & known = descriptors_[ id ];
+   if ( known == nullptr ) {
+      known = unknownSite( id );
+      tell( "call site " + std::to_string( id ) + " is unknown" );
+   }
+   return known;
+}
+
+// The number of the newest record claimed: the header's, unless that contradicts the cells.
+void Reading::checkCounters() {
+   const std::uint64_t newest = found_.empty() ? 0 : found_.back().sequence;
+   const std::uint64_t claimed = std::max( scan_.claimed(), newest );
+   // A record that was claimed and is not there lacks a cell at least.
+   const bool fit = scan_.countersFit() && newest <= scan_.claimedAfterwards() &&
+                    ( scan_.lapped() || claimed - newest <= damaged_.size() || found_.empty() );
+   contents_.lastSequence = fit ? claimed : newest;
+   if ( !fit ) {
+      tell( "the header's counters are damaged, or this is a copy of a file in use" );
+   }
+}
+
+void Reading::tellGaps() {
+   std::uint64_t expected = found_.empty() ? 0 : found_.front().sequence;
+   for ( const Found & found : found_ ) {
+      if ( found.sequence > expected && found.sequence - 1 > after_ ) {
+         tell( recordsFrom( std::max( expected, after_ + 1 ), found.sequence - 1 ) +
+               " damaged or missing" );
+      }
+      expected = found.sequence + 1;
+   }
+   const std::uint64_t last = contents_.lastSequence;
+   if ( scan_.lapped() ) {
+      return;
+   }
+   if ( !found_.empty() && last >= expected && last > after_ ) {
+      tell( recordsFrom( std::max( expected, after_ + 1 ), last ) + " begun and not finished" );
+   }
+   tellDamageWithoutGap();
+}
+
+// What is damaged and leaves no gap between records: the oldest of them, or all, or cells that hold
+// no record any more.
+void Reading::tellDamageWithoutGap() {
+   if ( damaged_.empty() || !scan_.countersFit() ) {
+      return;
+   }
+   if ( found_.empty() ) {
+      tell( contents_.lastSequence == 1 ? Vex::String( "record 1 begun and not finished" )
+            : contents_.lastSequence > 1
+               ? "no record is whole of " + std::to_string( contents_.lastSequence )
+               : counted( damaged_.size(), "cell", "cells" ) + " claimed and not written" );
+      return;
+   }
+   const Found & oldest = *std::ranges::min_element( found_, {}, &Found::cell );
+   const auto before = std::ranges::count_if(
+      damaged_, [ & ]( std::uint64_t number ) { return number < oldest.cell; } );
+   if ( after_ >= oldest.sequence ) {
+      return; // of no interest any more
+   }
+   if ( before > 0 ) {
+      tell( counted( static_cast< std::uint64_t >( before ), "cell", "cells" ) +
+            " damaged before record " + std::to_string( oldest.sequence ) );
+   } else if ( contents_.problems.empty() ) {
+      tell( counted( damaged_.size(), "cell", "cells" ) + " claimed and not written" );
+   }
+}
+
+} // namespace
 
 Vex::String Record::message() const {
    Vex::String text;
@@ -185,33 +280,19 @@ Vex::String Record::message() const {
    return text;
 }
 
-std::vector< Record > readRecords( std::span< const std::byte > bytes ) {
+TraceFileContents readTraceFile( std::span< const std::byte > bytes, std::uint64_t after ) {
    if ( reinterpret_cast< std::uintptr_t >( bytes.data() ) % alignof( Layout::Cell ) != 0 ) {
       // A ring in use is aligned; this is a copy, as somebody has read it from a disk.
       std::vector< Layout::Cell > aligned( bytes.size() / sizeof( Layout::Cell ) + 1 );
       const auto copy = std::as_writable_bytes( std::span( aligned ) ).first( bytes.size() );
       std::ranges::copy( bytes, copy.begin() );
-      return readRecords( copy );
+      return readTraceFile( copy, after );
    }
-   const File file = open( bytes );
-   Descriptors descriptors;
-   for ( auto & [ id, descriptor ] : decodeDescriptors( file.descriptorArea ) ) {
-      descriptors.emplace( id, std::make_shared< Descriptor >( std::move( descriptor ) ) );
-   }
-   // No ring is written that often: beyond this the number is damaged, and stamps would wrap.
-   constexpr std::uint64_t mostCells = std::uint64_t{ 1 } << 62U;
-   const std::uint64_t end =
-      std::min( file.header.nextCell.load( std::memory_order_acquire ), mostCells );
-   const std::uint64_t begin = end - std::min< std::uint64_t >( end, file.cells.size() );
-   std::vector< Record > records;
-   for ( std::uint64_t number = begin; number < end; ++number ) {
-      if ( auto record = readRecord( file, descriptors, number ) ) {
-         records.push_back( *std::move( record ) );
-      }
-   }
-   // Several threads may have taken their cells and their sequence numbers in different orders.
-   std::ranges::sort( records, {}, &Record::sequence );
-   return records;
+   return Reading( partsOf( bytes ), after ).contents();
+}
+
+std::vector< Record > readRecords( std::span< const std::byte > file ) {
+   return readTraceFile( file ).records;
 }
 
 } // namespace Jotter

@@ -1,11 +1,18 @@
 #pragma once
 
-// Reads a trace file back, from its bytes alone: the ring of this process, or of one that died.
+// Reads a trace file back, from its bytes alone: the ring of this process, the file of another one
+// that is writing it (mapped, not copied), or of one that died.
 //
-// Errors: bytes that are no trace file, or one of another version, are an exception; records that
-// are damaged or being overwritten are left out.
+// Errors: bytes that are no trace file, or one of another version, or whose header is damaged, are
+// an exception. Whatever else is wrong is told in words, and the whole records are there. Takes
+// time and memory in proportion to the file, whatever its bytes are.
+//
+// A live file: records that are overwritten while they are read are left out, which is no problem.
+// A record that is being written all the while is told as begun and not finished; the next reading
+// finds it.
 
 #include "platform/Jotter/Descriptor.h"
+#include "platform/Jotter/TraceFileError.h"
 #include "platform/Vex/Export.h"
 #include "platform/Vex/Seconds.h"
 #include "platform/Vex/String.h"
@@ -14,20 +21,9 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <stdexcept>
 #include <vector>
 
 namespace Jotter {
-
-class VEX_EXPORT TraceFileError : public std::runtime_error {
- public:
-   explicit TraceFileError( const Vex::String & what ) : std::runtime_error( what ) {}
-   TraceFileError( const TraceFileError & ) = default;
-   TraceFileError & operator=( const TraceFileError & ) = default;
-   TraceFileError( TraceFileError && ) = default;
-   TraceFileError & operator=( TraceFileError && ) = default;
-   ~TraceFileError() override;
-};
 
 struct Record {
    std::uint64_t sequence; // from 1, without gaps where no record was lost
@@ -38,6 +34,17 @@ struct Record {
    /// The pieces and arguments, nothing between.
    VEX_EXPORT Vex::String message() const;
 };
+
+struct TraceFileContents {
+   std::vector< Record > records; // whole ones only, oldest first
+   std::vector< Vex::String > problems; // one line each: what is damaged or missing
+   std::uint64_t lastSequence = 0; // of the newest record claimed; 0: none was written yet
+};
+
+/// The records with a sequence above `after`, and what is wrong with the file. Never returns a
+/// record that was not written as such.
+VEX_EXPORT TraceFileContents readTraceFile( std::span< const std::byte > file,
+                                            std::uint64_t after = 0 );
 
 /// The records that the file still holds, oldest first.
 VEX_EXPORT std::vector< Record > readRecords( std::span< const std::byte > file );

@@ -45,7 +45,14 @@ std::size_t TaskScheduler::runDue() {
    return ran;
 }
 
-void TaskScheduler::schedule( TimerTask & task, Vex::Seconds due ) {
+void TaskScheduler::taskAdd() {
+   if ( heap_.capacity() <= tasks_ ) {
+      heap_.reserve( 2 * tasks_ + 1 );
+   }
+   ++tasks_;
+}
+
+void TaskScheduler::schedule( TimerTask & task, Vex::Seconds due ) noexcept {
    if ( task.heapPosition_ == TimerTask::unscheduled ) {
       heap_.push_back( {} );
       siftUp( heap_.size() - 1, { due, nextOrder_++, &task } );

@@ -16,6 +16,8 @@
 // scheduler. What it schedules runs in a later runDue(), however soon it is due, so that a task
 // that re-arms itself without a delay cannot starve the agent's other events.
 // Cost: scheduling, cancelling and running one of n tasks takes O(log n).
+// Errors: a task has its place from its creation on, so that scheduling needs no memory and cannot
+// fail. What a task's run throws leaves runDue(); what else is due then runs in the next.
 
 #include "platform/Vex/Export.h"
 #include "platform/Vex/Object.h"
@@ -60,14 +62,17 @@ class VEX_EXPORT TaskScheduler final : public Vex::Object {
 
    ~TaskScheduler() override;
 
-   void schedule( TimerTask & task, Vex::Seconds due );
+   void taskAdd();
+   void taskDel() noexcept { --tasks_; }
+   void schedule( TimerTask & task, Vex::Seconds due ) noexcept;
    void cancel( TimerTask & task ) noexcept;
    static bool before( const Entry & a, const Entry & b ) noexcept;
    void place( std::size_t at, const Entry & entry ) noexcept;
    void siftUp( std::size_t at, const Entry & entry ) noexcept;
    void siftDown( std::size_t at, const Entry & entry ) noexcept;
 
-   std::vector< Entry > heap_;
+   std::vector< Entry > heap_; // with room for all tasks
+   std::size_t tasks_ = 0; // that there are, scheduled or not
    std::uint64_t nextOrder_ = 0;
 };
 

@@ -25,12 +25,12 @@ TimerTask::TimerTask( Vex::Ptr< TaskScheduler > scheduler, TaskPriority priority
    if ( !scheduler_ ) {
       throw Vex::NullArgumentError( "TimerTask" );
    }
+   scheduler_->taskAdd();
 }
 
 TimerTask::~TimerTask() {
-   if ( scheduler_ ) {
-      scheduler_->cancel( *this );
-   }
+   scheduler_->cancel( *this );
+   scheduler_->taskDel();
 }
 
 void TimerTask::scheduleTaskDelay( Vex::Seconds delay ) {

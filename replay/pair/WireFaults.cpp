@@ -41,7 +41,9 @@ Fate WireFaults::next() {
 // Whole microseconds, at least one.
 Vex::Seconds WireFaults::some( Vex::Seconds upTo ) noexcept {
    constexpr double microsecondsInOne = 1e6;
-   const auto most = static_cast< std::uint32_t >( upTo.value() * microsecondsInOne );
+   constexpr double longest = 4e9; // that a number of 32 bits holds: more than an hour
+   const auto most =
+      static_cast< std::uint32_t >( std::min( upTo.value() * microsecondsInOne, longest ) );
    const std::uint32_t drawn = random_.below( std::max( most, 1U ) ) + 1;
    return Vex::Seconds( drawn / microsecondsInOne );
 }

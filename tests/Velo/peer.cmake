@@ -5,7 +5,8 @@ interlock_tests( peer-tests LIBRARIES velo-objects SOURCES
    VeloMlagEgressAclIntfInterlockSm/PeerLinkStateTest.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerReentrancyTest.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerRetiredTest.cpp
-   VeloMlagEgressAclIntfInterlockSm/PeerTimeoutTest.cpp )
+   VeloMlagEgressAclIntfInterlockSm/PeerTimeoutTest.cpp
+   VeloMlagEgressAclIntfInterlockSm/PeerTraceTest.cpp )
 
 # Small worlds played through whole.
 interlock_tests( peer-exhaustive-tests LIBRARIES velo-objects SOURCES

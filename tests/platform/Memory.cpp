@@ -11,6 +11,8 @@ constexpr std::uint64_t unlimited = std::numeric_limits< std::uint64_t >::max();
 
 std::uint64_t requested = 0;
 std::uint64_t left = unlimited;
+std::uint64_t given = 0;
+std::uint64_t takenBack = 0;
 
 void * request( std::size_t size, std::size_t alignment ) noexcept {
    ++requested;
@@ -21,7 +23,13 @@ void * request( std::size_t size, std::size_t alignment ) noexcept {
       --left;
    }
    const std::size_t rounded = ( size + alignment - 1 ) / alignment * alignment;
+   ++given;
    return std::aligned_alloc( alignment, rounded == 0 ? alignment : rounded );
+}
+
+void takeBack( void * memory ) noexcept {
+   takenBack += memory != nullptr ? 1U : 0U;
+   std::free( memory );
 }
 
 void * requestOrThrow( std::size_t size, std::size_t alignment ) {
@@ -40,6 +48,10 @@ namespace Memory {
 
 std::uint64_t requests() noexcept {
    return requested;
+}
+
+std::uint64_t held() noexcept {
+   return given - takenBack;
 }
 
 RunsOut::RunsOut( std::uint64_t granted ) noexcept {
@@ -72,32 +84,32 @@ void * operator new[]( std::size_t size, const std::nothrow_t & ) noexcept {
    return request( size, usual );
 }
 void operator delete( void * memory ) noexcept {
-   std::free( memory );
+   takeBack( memory );
 }
 void operator delete[]( void * memory ) noexcept {
-   std::free( memory );
+   takeBack( memory );
 }
 void operator delete( void * memory, std::size_t ) noexcept {
-   std::free( memory );
+   takeBack( memory );
 }
 void operator delete[]( void * memory, std::size_t ) noexcept {
-   std::free( memory );
+   takeBack( memory );
 }
 void operator delete( void * memory, std::align_val_t ) noexcept {
-   std::free( memory );
+   takeBack( memory );
 }
 void operator delete[]( void * memory, std::align_val_t ) noexcept {
-   std::free( memory );
+   takeBack( memory );
 }
 void operator delete( void * memory, std::size_t, std::align_val_t ) noexcept {
-   std::free( memory );
+   takeBack( memory );
 }
 void operator delete[]( void * memory, std::size_t, std::align_val_t ) noexcept {
-   std::free( memory );
+   takeBack( memory );
 }
 void operator delete( void * memory, const std::nothrow_t & ) noexcept {
-   std::free( memory );
+   takeBack( memory );
 }
 void operator delete[]( void * memory, const std::nothrow_t & ) noexcept {
-   std::free( memory );
+   takeBack( memory );
 }

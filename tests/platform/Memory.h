@@ -10,6 +10,9 @@ namespace Memory {
 /// How often memory has been asked for since the process began.
 std::uint64_t requests() noexcept;
 
+/// How many pieces of memory are held now.
+std::uint64_t held() noexcept;
+
 /// The next `granted` requests succeed and all later ones fail, for as long as this lives.
 class RunsOut {
  public:

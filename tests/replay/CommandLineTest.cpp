@@ -22,6 +22,7 @@ TEST( CommandLine, HasItsDefaults ) {
    EXPECT_EQ( options->clock, Replay::ClockKind::virtualTime );
    EXPECT_EQ( options->run.traceLevels, 0U );
    EXPECT_FALSE( options->run.ring );
+   EXPECT_FALSE( options->traceFile );
    EXPECT_THAT( options->scenarios, ElementsAre( "a.scenario" ) );
 }
 
@@ -42,6 +43,12 @@ TEST( CommandLine, TakesOptionsBehindScenarios ) {
    ASSERT_TRUE( options );
    EXPECT_TRUE( options->run.ring );
    EXPECT_THAT( options->scenarios, ElementsAre( "a", "b" ) );
+}
+
+TEST( CommandLine, TakesATraceFileForOneScenario ) {
+   EXPECT_EQ( parse( { "--trace-file", "f", "a" } ).options->traceFile, "f" );
+   EXPECT_EQ( parse( { "--trace-file", "f", "a", "b" } ).error,
+              "--trace-file: several scenarios; wanted: only one; see --help" );
 }
 
 TEST( CommandLine, KnowsTheNamedTraceLevels ) {
@@ -67,8 +74,8 @@ TEST( CommandLine, NamesWhatIsWrongAndWhatWasWantedInOneLine ) {
 TEST( CommandLine, AnswersHelpAndVersion ) {
    EXPECT_EQ( parse( { "--version" } ).text, "interlock-replay " INTERLOCK_VERSION "\n" );
    const std::string help = parse( { "--help" } ).text;
-   for ( const char * word :
-         { "--output", "--trace", "--ring", "--clock", "SCENARIO", "Exit status" } ) {
+   for ( const char * word : { "--output", "--trace", "--ring", "--trace-file", "--clock",
+                               "SCENARIO", "Exit status" } ) {
       EXPECT_THAT( help, HasSubstr( word ) );
    }
 }

@@ -246,6 +246,34 @@ TEST_F( ProgramTest, RunsInRealTimeWithTheSameEvents ) {
    EXPECT_EQ( real.out, run( "a.scenario" ).out );
 }
 
+TEST_F( ProgramTest, WritesTheRingIntoATraceFileWhetherItIsShownOrNot ) {
+   write( "a.scenario", "lag P E\nstart basic\n" );
+   EXPECT_EQ( run( "--trace-file silent a.scenario" ).out, run( "a.scenario" ).out );
+   EXPECT_EQ( run( "--trace-file shown --ring a.scenario" ).out, run( "--ring a.scenario" ).out );
+   EXPECT_EQ( read( "silent" ), read( "shown" ) );
+   EXPECT_THAT( read( "silent" ), HasSubstr( "handleMember" ) );
+}
+
+TEST_F( ProgramTest, KeepsTheTraceFileOfTheRunBefore ) {
+   write( "a.scenario", "lag P E\nstart basic\n" );
+   EXPECT_EQ( run( "--trace-file f a.scenario" ).status, 0 );
+   const std::string first = read( "f" );
+   write( "b.scenario", "at 1\nlag P E\nstart basic\n" );
+   EXPECT_EQ( run( "--trace-file f b.scenario" ).status, 0 );
+   EXPECT_EQ( read( "f.previous" ), first );
+   EXPECT_NE( read( "f" ), first );
+}
+
+TEST_F( ProgramTest, RefusesATraceFileThatCannotBeMadeAndRunsNothing ) {
+   write( "a.scenario", "mlag state 3\n" );
+   const Outcome outcome = run( "--trace-file a.scenario a.scenario" );
+   EXPECT_EQ( outcome.status, 2 );
+   EXPECT_EQ( outcome.out, "" );
+   EXPECT_THAT( outcome.err, StartsWith( "interlock-replay: --trace-file: a.scenario: " ) );
+   EXPECT_THAT( outcome.err, HasSubstr( "is no trace file\n" ) );
+   EXPECT_EQ( read( "a.scenario" ), "mlag state 3\n" );
+}
+
 TEST_F( ProgramTest, SaysThatStandardOutputCannotBeWritten ) {
    write( "a.scenario", "mlag state 3\n" );
    const Outcome outcome = run( "a.scenario >/dev/full" );

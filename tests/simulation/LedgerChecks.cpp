@@ -56,10 +56,9 @@ void Ledger::checkSafety() {
       const auto found = seen_.links.find( pair.lag );
       const Link link = found != seen_.links.end() ? found->second : Link::down;
       const bool aclOrNoNeed = hasAcl( pair ) || !book( pair.lag ).activeOnPeer;
-      const bool reason = !isMlag( pair.lag ) || isUndecided( pair ) ||
-                          ( peerMode_ ? link == Link::failed || ( link == Link::up && aclOrNoNeed )
-                                      : hasAcl( pair ) || !aclNeededByBasic( pair.lag ) );
-      if ( !reason ) {
+      const bool cleared = peerMode_ ? link == Link::failed || ( link == Link::up && aclOrNoNeed )
+                                     : hasAcl( pair ) || !aclNeededByBasic( pair.lag );
+      if ( isMlag( pair.lag ) && !isUndecided( pair ) && !cleared ) {
          violated( text( pair ) + " is admitted without a reason" );
       }
    }

@@ -56,6 +56,12 @@ class TraceRecorder final : public Vex::TraceSink {
       return lines.str();
    }
 
+   /// The message of the latest record since the last time; empty where there is none.
+   Vex::String takeLast() {
+      const auto records = takeRecords();
+      return records.empty() ? "" : records.back().message;
+   }
+
  private:
    Vex::TraceHandle & handle_;
    std::uint32_t maskBefore_;

@@ -257,6 +257,22 @@ TEST_F( EgressAclBaseWiring, NoMlagStatusAnyMoreCallsNothing ) {
    EXPECT_EQ( calls(), "" );
 }
 
+TEST_F( EgressAclBaseWiring, TheMlagStatusMayBeTakenAwayByTheHookOfAReplacedPeerLink ) {
+   sm->onHook = [ & ] { sm->vexMlagStatus()->notifierIs( nullptr ); };
+   world.peerLink( "Port-Channel2000" );
+   EXPECT_EQ( calls(), "state[Port-Channel1000]" );
+   EXPECT_EQ( watchedPeerLink(), "none" );
+}
+
+TEST_F( EgressAclBaseWiring, AnotherMlagStatusMayBeTakenAwayByTheHookThatItCalls ) {
+   const auto other = Vex::make< Mlag::Status >();
+   other->peerLinkIs( Vex::make< Interface::EthIntfStatus >( intf( "Port-Channel2000" ) ) );
+   sm->onHook = [ & ] { sm->vexMlagStatus()->notifierIs( nullptr ); };
+   sm->vexMlagStatus()->notifierIs( other );
+   EXPECT_EQ( calls(), "state[Port-Channel1000]" );
+   EXPECT_EQ( watchedPeerLink(), "none" );
+}
+
 // ---- peerLinkIntf -------------------------------------------------------------------------------
 
 TEST_F( EgressAclBaseWiring, TheLinkStatusOfThePeerLinkCallsTheHook ) {

@@ -2,6 +2,7 @@
 // as they should be.
 
 #include "tests/Velo/VeloMlagEgressAclIntfInterlockSm/BasicSm.h"
+#include "tests/support/Consumers.h"
 #include "tests/support/Names.h"
 #include "tests/support/RingRecorder.h"
 #include "tests/support/TraceRecorder.h"
@@ -292,6 +293,38 @@ TEST_F( BasicInterlockTrace, EveryRecordNamesItsSourceAndItsOwnCallSite ) {
          EXPECT_EQ( lines.size(), messagesOfFunction[ function ] ) << function;
       }
    }
+}
+
+// Whoever hears of a verdict, and may be the end of this process, finds its reason in the trace.
+TEST_F( BasicInterlockTrace, TellsTheReasonBeforeTheVerdictIsWritten ) {
+   start();
+   Vex::String reason;
+   const auto consumer = TestSupport::ScriptedConsumer::of(
+      world.output, [ & ]( const auto &, bool ) { reason = trace.takeLast(); } );
+   world.installed( "Ethernet1" );
+   EXPECT_EQ( reason, "lag and member are in input IntfFeatureStatus" );
+   world.notInstalled( "Ethernet1" );
+   EXPECT_EQ( reason, "lag and member are not in input IntfFeatureStatus" );
+   world.mlagState( State::connecting );
+   EXPECT_EQ( reason, "egress ACL shouldn't be installed" );
+   world.memberGone( "Ethernet1" );
+   EXPECT_EQ( reason, "lag member isn't active" );
+}
+
+TEST_F( BasicInterlockTrace, OfAnInputEntryComesBeforeThatOfItsMember ) {
+   start();
+   world.installed( "Ethernet1" );
+   EXPECT_TRUE( trace.take().starts_with(
+      "0 handleIntfFeature: MlagEgressAclIntfInterlockSm::handleIntfFeature memberIntf : Ethernet1 "
+      "lag : PortChannel10\n0 handleMember: " ) );
+}
+
+TEST_F( BasicInterlockTrace, OfAMemberOnceMarkedForDeletionIsTheEntryAlone ) {
+   start();
+   sm->vexDoZombieReactors( true );
+   sm->handleMember( intf( "Ethernet1" ), intf( "PortChannel10" ) );
+   EXPECT_EQ( trace.take(), "0 handleMember: MlagEgressAclIntfInterlockSm::handleMember memberIntf "
+                            ": Ethernet1 lag : PortChannel10\n" );
 }
 
 TEST_F( BasicInterlockTrace, ARingRecordNamesTheCallSiteOfItsTextCopy ) {

@@ -5,6 +5,7 @@
 #include "platform/Vex/GenericConstruction.h"
 #include "platform/Vex/Module.h"
 #include "tests/support/Consumers.h"
+#include "tests/support/Marks.h"
 #include "tests/support/Names.h"
 #include "tests/support/NotificationLog.h"
 #include "tests/support/PeerWorld.h"
@@ -175,6 +176,7 @@ TEST_F( Controller, TheFlagTurnedOffCleansUpThenReplacesThePeerChild ) {
    EXPECT_EQ( world.response->notifiees(), 0U );
    EXPECT_EQ( world.mlagStatus->notifiees(), 2U );
    const String all = trace.take();
+   EXPECT_LT( all.find( "handleFeatureSwitchover" ), all.find( "doCleanup" ) );
    EXPECT_LT( all.find( "doCleanup" ), all.find( "handleAllLags" ) );
    EXPECT_NE( all.find( "doCleanup" ), String::npos );
 }
@@ -437,6 +439,20 @@ TEST_F( Controller, TheWrongOrderOfArgumentsIsRefused ) {
                  Vex::ConstructionError );
    EXPECT_EQ( requestOf( world ), "none" );
    EXPECT_EQ( admitted( world.output ), "" );
+}
+
+TEST( EgressAclModule, ListsItsStateMachinesInOrder ) {
+   TestSupport::Marks listed;
+   for ( const Vex::Module * const module : Vex::modules() ) {
+      if ( module->name() == "VeloMlagEgressAclIntfInterlockSm" ) {
+         for ( const Vex::StateMachineType & type : module->stateMachines() ) {
+            listed.add( type.name );
+         }
+      }
+   }
+   EXPECT_EQ( listed.take(),
+              "MlagEgressAclIntfInterlockSm MlagEgressAclIntfPeerInterlockSm "
+              "MlagEgressAclIntfInterlockControllerSm DeprecatedMlagEgressAclIntfInterlockSm" );
 }
 
 } // namespace

@@ -281,5 +281,21 @@ TEST_F( DeprecatedTrace, TextAndRingNameTheSameCallSiteMessageByMessage ) {
    }
 }
 
+// Whoever hears of a verdict, and may be the end of this process, finds its reason in the trace.
+TEST_F( DeprecatedTrace, TellsTheReasonBeforeTheVerdictIsWritten ) {
+   begin();
+   Vex::String reason;
+   const auto consumer = TestSupport::ScriptedConsumer::of(
+      world.output, [ & ]( const auto &, bool ) { reason = trace.takeLast(); } );
+   world.installed( "Ethernet1" );
+   EXPECT_EQ( reason, "lag and member are in input IntfFeatureStatus" );
+   world.notInstalled( "Ethernet1" );
+   EXPECT_EQ( reason, "lag and member are not in input IntfFeatureStatus" );
+   world.mlagState( State::connecting );
+   EXPECT_EQ( reason, "egress ACL shouldn't be installed" );
+   world.memberGone( "Ethernet1" );
+   EXPECT_EQ( reason, "lag member isn't active" );
+}
+
 } // namespace
 } // namespace Velo

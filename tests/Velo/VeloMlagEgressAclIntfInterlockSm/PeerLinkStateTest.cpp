@@ -1,6 +1,7 @@
 // The link state of one LAG: every state by every event, with all that an event sets off.
 
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/LinkStateTable.h"
+#include "platform/Vex/Enum.h"
 #include "tests/support/Names.h"
 #include "tests/support/PeerWorld.h"
 #include "tests/support/TraceRecorder.h"
@@ -305,6 +306,24 @@ TEST( LinkStateDeathTest, AnUpdateForALagThatMlagDoesNotListIsAProgrammingError 
    EXPECT_DEATH( sm->updateLinkState( intf( "PortChannel99" ) ),
                  "MlagEgressAclIntfPeerInterlockSmLinkState.cpp:[0-9]+: assertion failed: "
                  "mlagStatus\\(\\)->intfStatusHas\\( lag \\)\n" );
+}
+
+// Records that were written long ago carry the numbers.
+static_assert( static_cast< int >( LinkState::linkDown ) == 0 );
+static_assert( static_cast< int >( LinkState::linkRequesting ) == 1 );
+static_assert( static_cast< int >( LinkState::linkUp ) == 2 );
+static_assert( static_cast< int >( LinkState::linkFail ) == 3 );
+
+TEST( LinkStates, AreKnownToTheFrameworkByNameAndNumber ) {
+   const Vex::EnumType * const type =
+      Vex::enumType( "Velo::MlagEgressAclIntfPeerInterlockSm::LinkState" );
+   ASSERT_NE( type, nullptr );
+   const std::vector< String > names{ "linkDown", "linkRequesting", "linkUp", "linkFail" };
+   ASSERT_EQ( type->entries.size(), names.size() );
+   for ( std::size_t n = 0; n < names.size(); ++n ) {
+      EXPECT_EQ( type->entries[ n ].value, static_cast< std::int64_t >( n ) );
+      EXPECT_EQ( type->entries[ n ].name, names[ n ] );
+   }
 }
 
 } // namespace

@@ -103,7 +103,8 @@ struct PeerModel {
       bool joins = lag.present && ( lag.members & bit ) != 0;
       const bool installed = ( lag.installed & bit ) != 0;
       if ( !peerMode ) {
-         joins = joins && ( !( mlagActive && lag.known && lag.activeOnPeer ) || installed );
+         const bool aclNeeded = mlagActive && lag.known && lag.activeOnPeer;
+         joins = joins && ( !aclNeeded || installed );
       } else {
          ask( at );
          const bool answered = lag.state == up && ( !lag.activeOnPeer || installed );
@@ -163,7 +164,14 @@ struct PeerModel {
       }
    }
    void mlagActiveIs( bool active ) {
-      if ( std::exchange( mlagActive, active ) != active && running && !peerMode ) {
+      if ( mlagActive != active ) {
+         mlagChanged( active );
+      }
+   }
+   /// The MLAG state, the peer link or its link status, whatever that makes of the MLAG.
+   void mlagChanged( bool active ) {
+      mlagActive = active;
+      if ( running && !peerMode ) {
          decideAll();
       }
    }

@@ -231,6 +231,8 @@ class PeerRun : public PeerNames {
 
    bool told_;
    String scenario_;
+
+ protected: // for runs that know more changes
    TestSupport::World world_;
    PeerModel model_;
    Vex::Ptr< TestSupport::ControllerSm > controller_;

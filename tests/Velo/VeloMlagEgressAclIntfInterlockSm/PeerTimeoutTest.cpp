@@ -97,6 +97,12 @@ TEST_F( Timeouts, ADeadlineThatIsNotArmedGoesWithoutReArming ) {
    EXPECT_EQ( timersOf( *sm ), "PortChannel10 0.100000 | PortChannel10 0.100000" );
 }
 
+TEST_F( Timeouts, AllDeadlinesGoAtOnce ) {
+   another( lag20, "Ethernet5" );
+   sm->timerDelAll();
+   EXPECT_EQ( timersOf( *sm ), "|" );
+}
+
 TEST_F( Timeouts, OfEqualDeadlinesTheFirstIsArmed ) {
    another( lag20, "Ethernet5" );
    another( "PortChannel30", "Ethernet9" );
@@ -356,6 +362,14 @@ TEST_F( Timeouts, DestructionWritesNothing ) {
    EXPECT_EQ( requestOf( world ), "2" );
    EXPECT_EQ( world.scheduler->scheduled(), 0U );
    EXPECT_EQ( world.scheduler->referenceCount(), 1U );
+}
+
+TEST( TimeoutDeathTest, ToArmWithoutATaskIsAProgrammingError ) {
+   const World world;
+   const auto sm = startPeer( world );
+   sm->taskDel();
+   EXPECT_DEATH( sm->resetTimer(), "MlagEgressAclIntfPeerInterlockSmTimeout.cpp:[0-9]+: assertion "
+                                   "failed: task_\n" );
 }
 
 } // namespace

@@ -165,5 +165,21 @@ TEST_F( VlanXlateTrace, EveryRecordNamesItsSourceAndItsOwnCallSite ) {
    EXPECT_EQ( count, 18U );
 }
 
+// Whoever hears of a verdict, and may be the end of this process, finds its reason in the trace.
+TEST_F( VlanXlateTrace, TellsTheReasonBeforeTheVerdictIsWritten ) {
+   start();
+   Vex::String reason;
+   const auto consumer = TestSupport::ScriptedConsumer::of(
+      world.output, [ & ]( const auto &, bool ) { reason = trace.takeLast(); } );
+   world.translated( 10 );
+   EXPECT_EQ( reason, "lag and member are not in input IntfFeatureStatus" );
+   world.installed( "Ethernet1" );
+   EXPECT_EQ( reason, "lag and member are in input IntfFeatureStatus" );
+   world.notInstalled( "Ethernet1" ).notTranslated( 10 );
+   EXPECT_EQ( reason, "vlan translation programming is not necessary" );
+   world.memberGone( "Ethernet1" );
+   EXPECT_EQ( reason, "lag memeber is not active" );
+}
+
 } // namespace
 } // namespace Velo

@@ -1,12 +1,15 @@
 #include "platform/Jotter/Duplog.h"
+#include "platform/Jotter/FlightRecorder.h"
 #include "platform/Jotter/TraceFile.h"
 #include "platform/Vex/Trace.h"
 #include "tests/platform/Jotter/Rings.h"
+#include "tests/platform/Jotter/TraceFolder.h"
 #include "tests/platform/Memory.h"
 
 #include <cstdint>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <string>
 
 namespace {
 
@@ -74,8 +77,50 @@ TEST_F( DuplogMemoryTest, WhereverTheMemoryForADescriptorRunsOutLaterSitesAreKno
       const Memory::RunsOut memory( granted );
       site();
    }
+   site();
    duplog( Vex::at< 2 >(), "second ", lag );
-   EXPECT_EQ( messagesOf( file.bytes() ).back(), "second PortChannel10" );
+   const auto messages = messagesOf( file.bytes() );
+   ASSERT_GE( messages.size(), 2 );
+   EXPECT_EQ( messages[ messages.size() - 2 ], "first PortChannel10 and more PortChannel10" );
+   EXPECT_EQ( messages.back(), "second PortChannel10" );
+}
+
+// The mapped file is written by the same code as plain memory, but its pages are another matter.
+TEST( FlightRecorderMemoryTest, WritingIntoAFileNeedsNoMemory ) {
+   const TraceFolder folder;
+   Jotter::TraceFile file( folder.path(), Jotter::TraceFile::fewestBytes );
+   const IntfId name( Vex::String( 300, 'x' ) );
+   const std::uint64_t before = Memory::requests();
+   for ( unsigned round = 0; round < 1'000; ++round ) {
+      file.write( 1, name, round );
+   }
+   EXPECT_EQ( Memory::requests(), before );
+}
+
+TEST( FlightRecorderMemoryTest, WhereverTheMemoryRunsOutNothingHasChangedOnDiskOrHere ) {
+   const TraceFolder folder;
+   const auto site = Jotter::registerDescriptor( describedBy( { literal( "known before" ) } ) );
+   Jotter::TraceFile plain( 1 );
+   Jotter::TraceFile * const before = Jotter::defaultTraceFileIs( &plain );
+   plain.write( site );
+   const std::string path = folder.path();
+   bool done = false;
+   int failed = 0;
+   for ( std::uint64_t granted = 0; !done; ++granted ) {
+      {
+         const Memory::RunsOut memory( granted );
+         done = Jotter::defaultTraceFileInto( path, Jotter::TraceFile::fewestBytes ).empty();
+      }
+      if ( !done ) {
+         ++failed;
+         ASSERT_THAT( folder.names(), testing::IsEmpty() );
+         ASSERT_EQ( Jotter::defaultTraceFile(), &plain );
+      }
+   }
+   EXPECT_GT( failed, 3 );
+   EXPECT_THAT( folder.names(), ElementsAre( "agent.trace" ) );
+   EXPECT_THAT( messagesOf( folder.bytes() ), ElementsAre( "known before" ) );
+   Jotter::defaultTraceFileIs( before );
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <new>
 #include <optional>
+#include <vector>
 
 namespace {
 
@@ -22,14 +23,19 @@ class TaskSchedulerMemoryTest : public testing::Test {
       Vex::make< Kel::TimerTask >( scheduler, Kel::TaskPriority( 1 ), "task" );
 };
 
-TEST_F( TaskSchedulerMemoryTest, ATaskThatFoundNoMemoryIsNotArmed ) {
-   EXPECT_EQ( 1, Memory::attemptsUntilSuccess< std::bad_alloc >(
-                    [ & ] { task->scheduleTaskDelay( Seconds( 1 ) ); },
-                    [ & ] {
-                       EXPECT_EQ( scheduler->nextDue(), std::nullopt );
-                       EXPECT_EQ( task->due(), Seconds::infinity() );
-                    } ) );
-   EXPECT_EQ( task->due(), Seconds( 1 ) );
+TEST_F( TaskSchedulerMemoryTest, ATaskWithoutMemoryIsNotCreatedAndNeedsNoneOnceItIs ) {
+   std::vector< Vex::Ptr< Kel::TimerTask > > tasks( 20 );
+   for ( auto & created : tasks ) {
+      Memory::attemptsUntilSuccess< std::bad_alloc >(
+         [ & ] { created = Vex::make< Kel::TimerTask >( scheduler, Kel::TaskPriority( 1 ), "" ); },
+         [ & ] { EXPECT_EQ( scheduler->nextDue(), std::nullopt ); } );
+   }
+   const Memory::RunsOut memory( 0 );
+   task->scheduleTaskDelay( Seconds( 1 ) );
+   for ( const auto & created : tasks ) {
+      created->scheduleTaskDelay( Seconds( 2 ) );
+   }
+   EXPECT_EQ( scheduler->scheduled(), 21U );
 }
 
 TEST_F( TaskSchedulerMemoryTest, ArmingAgainCancellingAndRunningNeedNoMemory ) {

@@ -1,0 +1,7 @@
+#include "platform/Jotter/TraceFileError.h"
+
+namespace Jotter {
+
+TraceFileError::~TraceFileError() = default;
+
+} // namespace Jotter
