@@ -1,0 +1,114 @@
+// One record with two interfaces: the library's, the floor's with the same bytes in the same cell,
+// a bare copy of a record with a time stamp (numbers instead of names), and spdlog's ring. LTTng is
+// in a program of its own, because it starts threads.
+
+#include "bench/Registry.h"
+#include "bench/baseline/floor/Ring.h"
+#include "bench/baseline/usual/Trace.h"
+#include "platform/Jotter/Duplog.h"
+
+#include <array>
+#include <benchmark/benchmark.h>
+#include <cstdint>
+#include <vector>
+
+namespace Bench::Parts {
+
+namespace {
+
+// Names come round, as they do on a switch, but stay in the nearest cache.
+constexpr std::size_t names = 64;
+
+void ours( benchmark::State & state ) {
+   static const Vex::TextTrace text( "InterlockBench", "bench/parts" );
+   static const Jotter::Duplog duplog( text );
+   std::vector< Nodo::IntfId > members;
+   std::vector< Nodo::IntfId > lags;
+   for ( std::size_t at = 0; at < names; ++at ) {
+      members.emplace_back( memberName( at ) );
+      lags.emplace_back( lagName( lagOf( at ) ) );
+   }
+   const Vex::String prefix = "MlagEgressAclIntfInterlockSm::";
+   std::size_t at = 0;
+   for ( auto _ : state ) {
+      at = ( at + 1 ) % names;
+      duplog( Vex::at< 0 >(), prefix, "handleMember", " memberIntf : ", members[ at ],
+              " lag : ", lags[ at ] );
+   }
+}
+
+void floor( benchmark::State & state ) {
+   Floor::Ring ring;
+   Floor::Names::instance().reserve( names );
+   std::size_t at = 0;
+   for ( auto _ : state ) {
+      at = ( at + 1 ) % names;
+      ring( Floor::Site::handleMember, Floor::Intf::port( at ), Floor::Intf::lag( lagOf( at ) ) );
+   }
+   benchmark::DoNotOptimize( ring.written() );
+}
+
+struct alignas( 64 ) BareRecord {
+   std::uint64_t sequence;
+   double time;
+   std::uint64_t site;
+   std::array< std::uint64_t, 2 > arguments;
+};
+
+void bare( benchmark::State & state ) {
+   constexpr std::size_t mask = Jotter::TraceFile::defaultCells - 1;
+   std::vector< BareRecord > ring( mask + 1 );
+   std::uint64_t sequence = 0;
+   std::size_t at = 0;
+   for ( auto _ : state ) {
+      at = ( at + 1 ) % names;
+      ++sequence;
+      ring[ sequence & mask ] = { sequence, Vex::now().value(), 3, { at, lagOf( at ) } };
+      benchmark::ClobberMemory();
+   }
+}
+
+void spdlogRing( benchmark::State & state ) {
+   const Usual::Trace trace;
+   std::vector< Usual::Intf > members;
+   std::vector< Usual::Intf > lags;
+   for ( std::size_t at = 0; at < names; ++at ) {
+      members.push_back( Usual::Names::instance().intern( memberName( at ) ) );
+      lags.push_back( Usual::Names::instance().intern( lagName( lagOf( at ) ) ) );
+   }
+   std::size_t at = 0;
+   for ( auto _ : state ) {
+      at = ( at + 1 ) % names;
+      trace.entry( "handleMember memberIntf : {} lag : {}", Usual::nameOf( members[ at ] ),
+                   Usual::nameOf( lags[ at ] ) );
+   }
+}
+
+// What a message costs whose text is not wanted and whose ring is not there.
+void disabled( benchmark::State & state ) {
+   static const Vex::TextTrace text( "InterlockBench", "bench/parts" );
+   const Nodo::IntfId member( memberName( 0 ) );
+   for ( auto _ : state ) {
+      text( Vex::at< 0 >(), "lagMemberActive", " memberIntf : ", member );
+      benchmark::ClobberMemory();
+   }
+}
+
+void clockRead( benchmark::State & state ) {
+   for ( auto _ : state ) {
+      benchmark::DoNotOptimize( Vex::now() );
+   }
+}
+
+} // namespace
+
+void registerRingRecord() {
+   benchmark::RegisterBenchmark( "record/ours", ours );
+   benchmark::RegisterBenchmark( "record/floor", floor );
+   benchmark::RegisterBenchmark( "record/bare", bare );
+   benchmark::RegisterBenchmark( "record/spdlog", spdlogRing );
+   benchmark::RegisterBenchmark( "record/clock-read", clockRead );
+   benchmark::RegisterBenchmark( "record/disabled-text", disabled );
+}
+
+} // namespace Bench::Parts
