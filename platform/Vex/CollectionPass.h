@@ -12,8 +12,7 @@ template < class Collection, class Projection >
 class CollectionPass {
  public:
    explicit CollectionPass( const Collection & collection ) noexcept
-       : collection_( collection ),
-         end_( static_cast< std::uint32_t >( collection.entries_.size() ) ) {
+       : collection_( collection ), end_( collection.entries_.used() ) {
       ++collection_.passes_;
    }
    CollectionPass( const CollectionPass & ) = delete;
@@ -45,7 +44,7 @@ class CollectionPass {
 
     private:
       void skipHoles() noexcept {
-         while ( at_ != end_ && !collection_.live_[ at_ ] ) {
+         while ( at_ != end_ && !collection_.entries_.live( at_ ) ) {
             ++at_;
          }
       }

@@ -11,23 +11,21 @@
 // Ownership: a collection owns its values. A value that is taken out or overwritten is released
 // after the collection is in order again, so that its destructor may come back here.
 // Errors: out of memory throws and leaves the collection as it was; nothing else fails.
-// Layout: entries lie dense in the order of insertion; removed ones leave a hole, and the holes are
-// closed when there are many and no pass is under way. With room for more than 16 entries, an
-// open-addressing index of 32-bit positions finds a key; below that a scan of two cache lines is
+// Layout: entries lie in the order of insertion (platform/Vex/EntryStore.h); removed ones leave a
+// hole, and the holes are closed when there are many and no pass is under way. Beyond 16 entries an
+// index finds a key (platform/Vex/PositionIndex.h); below that a scan of a few cache lines is
 // faster.
 
 #include "platform/Vex/Assert.h"
 #include "platform/Vex/CollectionPass.h"
+#include "platform/Vex/EntryStore.h"
+#include "platform/Vex/PositionIndex.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
-#include <limits>
 #include <optional>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 namespace Vex {
 
@@ -53,12 +51,12 @@ class KeyMap {
 
    std::size_t size() const noexcept { return liveCount_; }
    bool empty() const noexcept { return liveCount_ == 0; }
-   bool has( const Key & key ) const noexcept { return position( key ) != none; }
+   bool has( const Key & key ) const noexcept { return find( key ) != nullptr; }
 
    /// The value under `key`, or null; valid until the next mutation.
    const Value * find( const Key & key ) const noexcept {
-      const std::uint32_t found = position( key );
-      return found != none ? &entries_[ found ].value : nullptr;
+      const Place found = place( key );
+      return found.position != none ? &entries_[ found.position ].value : nullptr;
    }
    /// A copy of the value under `key`, or a default one.
    Value get( const Key & key ) const {
@@ -68,15 +66,16 @@ class KeyMap {
 
    /// Inserts or overwrites; false when `key` holds an equal value already.
    bool put( const Key & key, Value value ) {
-      const std::uint32_t found = position( key );
-      if ( found == none ) {
+      const Place found = place( key );
+      if ( found.position == none ) {
          append( key, std::move( value ) );
          return true;
       }
-      if ( entries_[ found ].value == value ) {
+      Value & present = entries_[ found.position ].value;
+      if ( present == value ) {
          return false;
       }
-      std::swap( entries_[ found ].value, value ); // the old value dies with the argument
+      std::swap( present, value ); // the old value dies with the argument
       return true;
    }
 
@@ -89,12 +88,15 @@ class KeyMap {
 
    /// Removes `key` and returns its value; nothing when it is absent.
    std::optional< Value > take( const Key & key ) {
-      const std::uint32_t found = position( key );
-      if ( found == none ) {
+      const Place found = place( key );
+      if ( found.position == none ) {
          return std::nullopt;
       }
-      std::optional< Value > taken( std::exchange( entries_[ found ].value, Value() ) );
-      live_[ found ] = false;
+      std::optional< Value > taken( std::exchange( entries_[ found.position ].value, Value() ) );
+      entries_.makeHole( found.position );
+      if ( !index_.empty() ) {
+         index_.remove( found.slot );
+      }
       --liveCount_;
       closeHoles();
       return taken;
@@ -120,120 +122,88 @@ class KeyMap {
    template < class Collection, class Projection >
    friend class CollectionPass;
 
-   static constexpr std::uint32_t none = std::numeric_limits< std::uint32_t >::max();
-   static constexpr std::size_t scanLimit = 16;
+   static constexpr std::uint32_t none = PositionIndex::none;
+   static constexpr std::uint32_t scanLimit = 16;
 
-   std::uint32_t position( const Key & key ) const noexcept {
+   struct Place {
+      std::uint32_t position; // none: the key is absent
+      std::uint32_t slot; // in the index, where there is one
+   };
+
+   Place place( const Key & key ) const noexcept {
       if ( index_.empty() ) {
-         for ( std::uint32_t at = 0; at < entries_.size(); ++at ) {
-            if ( entries_[ at ].key == key && live_[ at ] ) {
-               return at;
+         for ( std::uint32_t at = 0; at < entries_.used(); ++at ) {
+            if ( entries_[ at ].key == key && entries_.live( at ) ) {
+               return { at, none };
             }
          }
-         return none;
+         return { none, none };
       }
-      const std::size_t mask = index_.size() - 1;
-      for ( std::size_t at = key.hash() & mask; index_[ at ] != none; at = ( at + 1 ) & mask ) {
-         const std::uint32_t candidate = index_[ at ];
-         if ( entries_[ candidate ].key == key && live_[ candidate ] ) {
-            return candidate;
-         }
-      }
-      return none;
+      const std::uint32_t slot = index_.find(
+         key.hash(), [ & ]( std::uint32_t position ) { return entries_[ position ].key == key; } );
+      return { slot != none ? index_.position( slot ) : none, slot };
    }
 
+   // All that can throw comes before the first change that shows.
    void append( const Key & key, Value && value ) {
-      if ( entries_.size() == entries_.capacity() ) {
-         grow();
+      if ( entries_.used() >= ( index_.empty() ? scanLimit : index_.room() ) ) {
+         makeIndexRoom();
       }
-      entries_.push_back( Entry{ key, std::move( value ) } );
-      live_.push_back( true );
-      ++liveCount_;
+      entries_.makeRoom();
       if ( !index_.empty() ) {
-         indexEntry( static_cast< std::uint32_t >( entries_.size() - 1 ) );
+         index_.add( key.hash(), entries_.used() );
       }
+      entries_.add( Entry{ key, std::move( value ) } );
+      ++liveCount_;
    }
 
-   // Makes room for at least one more entry. All that can throw comes before the first change.
-   void grow() {
-      const std::size_t used = passes_ == 0 ? liveCount_ : entries_.size();
-      const std::size_t room = std::max< std::size_t >( 4, used + used / 2 + 1 );
-      VEX_ASSERT( room < none );
-      std::vector< Entry > entries;
-      entries.reserve( room );
-      live_.reserve( entries.capacity() );
-      std::vector< std::uint32_t > index;
-      if ( room > scanLimit ) {
-         index.assign( indexSize( room ), none );
-      }
-      if ( passes_ == 0 ) {
+   // Closing the holes gives room enough where they are a quarter of it, or where it costs a scan
+   // only; otherwise the index is doubled.
+   void makeIndexRoom() {
+      const std::uint32_t room = index_.empty() ? scanLimit : index_.room();
+      const std::uint32_t enough = index_.empty() ? scanLimit - 1 : room - room / 4;
+      if ( passes_ == 0 && liveCount_ <= enough ) {
          squeeze();
+         return;
       }
-      std::move( entries_.begin(), entries_.end(), std::back_inserter( entries ) );
-      entries_.swap( entries );
-      index_.swap( index );
+      PositionIndex index( 2 * room );
+      if ( passes_ == 0 ) {
+         entries_.closeHoles();
+      }
+      index_ = std::move( index );
       indexAll();
    }
 
-   // The smallest power of two that leaves a third of the index free.
-   static std::size_t indexSize( std::size_t room ) noexcept {
-      std::size_t size = 2 * scanLimit;
-      while ( size * 2 < room * 3 ) {
-         size *= 2;
-      }
-      return size;
-   }
-
-   // A hole's place is taken over: nobody looks for the hole, and a key that comes and goes among
-   // many would leave one place after the other behind.
-   void indexEntry( std::uint32_t entry ) noexcept {
-      const std::size_t mask = index_.size() - 1;
-      std::size_t at = entries_[ entry ].key.hash() & mask;
-      while ( index_[ at ] != none && live_[ index_[ at ] ] ) {
-         at = ( at + 1 ) & mask;
-      }
-      index_[ at ] = entry;
-   }
-
    void indexAll() noexcept {
-      for ( std::uint32_t at = 0; !index_.empty() && at < entries_.size(); ++at ) {
-         indexEntry( at );
-      }
-   }
-
-   // Moves the live entries together, in order. Invalidates the index; only while no pass is under
-   // way, because a pass counts on positions.
-   void squeeze() noexcept {
-      std::size_t to = 0;
-      for ( std::size_t from = 0; from < entries_.size(); ++from ) {
-         if ( live_[ from ] ) {
-            if ( to != from ) {
-               entries_[ to ] = std::move( entries_[ from ] );
-            }
-            ++to;
+      for ( std::uint32_t at = 0; at < entries_.used(); ++at ) {
+         if ( entries_.live( at ) ) {
+            index_.add( entries_[ at ].key.hash(), at );
          }
       }
-      entries_.resize( to );
-      live_.assign( to, true );
    }
 
-   // Two holes for each live entry are enough to pay for closing them.
-   void closeHoles() const noexcept {
-      const std::size_t holes = entries_.size() - liveCount_;
-      if ( passes_ == 0 && holes > scanLimit && holes > 2 * liveCount_ ) {
-         // Order and content stay the same: what a reader sees is not changed.
-         // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
-         auto & self = const_cast< KeyMap & >( *this );
-         self.squeeze();
-         std::fill( self.index_.begin(), self.index_.end(), none );
-         self.indexAll();
+   // Only while no pass is under way, because a pass counts on positions.
+   void squeeze() noexcept {
+      entries_.closeHoles();
+      if ( !index_.empty() ) {
+         index_.clear();
+         indexAll();
       }
    }
 
-   std::vector< Entry > entries_;
-   std::vector< bool > live_; // one bit an entry; false: a hole
-   std::vector< std::uint32_t > index_; // positions in entries_, holes included; empty: scan
-   std::size_t liveCount_ = 0;
+   // As many holes as live entries are enough to pay for closing them.
+   void closeHoles() const noexcept {
+      const std::uint32_t holes = entries_.used() - liveCount_;
+      if ( passes_ == 0 && holes > scanLimit && holes > liveCount_ ) {
+         // Order and content stay the same: what a reader sees is not changed.
+         // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
+         const_cast< KeyMap & >( *this ).squeeze();
+      }
+   }
+
+   EntryStore< Entry > entries_;
+   PositionIndex index_; // empty: scan
+   std::uint32_t liveCount_ = 0;
    mutable std::uint32_t passes_ = 0;
 };
 

@@ -287,10 +287,10 @@ TEST( KeyMapDeathTest, ACollectionThatIsDestroyedDuringAPassIsAnAssertion ) {
       {
          auto map = std::make_unique< Map >();
          map->put( { 1 }, "" );
-         for ( const Key key : map->keys() ) {
-            static_cast< void >( key );
-            map.reset();
-         }
+         const auto pass = map->keys();
+         static_cast< void >( pass.begin() );
+         map.reset();
+         std::abort(); // so that nothing seems to use the pass after the collection has gone
       },
       "assertion failed: passes_ == 0" );
 }
@@ -466,6 +466,19 @@ TEST_F( ComingBackTest, AnOverwrittenValueMayFillTheCollection ) {
    EXPECT_TRUE( map.put( { 1 }, nullptr ) );
    EXPECT_EQ( map.size(), 100 );
    EXPECT_EQ( map.get( { 1 } ), nullptr );
+}
+
+TEST( KeyMapReleaseTest, ValuesGoWithTheCollectionInTheOrderOfInsertion ) {
+   std::vector< int > gone;
+   std::vector< int > wanted;
+   {
+      Vex::KeyMap< Key, Vex::Ptr< Visitor > > map;
+      for ( int key = 3'000; key > 0; --key ) {
+         map.put( { key }, Vex::make< Visitor >( [ &gone, key ] { gone.push_back( key ); } ) );
+         wanted.push_back( key );
+      }
+   }
+   EXPECT_EQ( gone, wanted );
 }
 
 } // namespace
