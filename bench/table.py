@@ -216,6 +216,11 @@ class Table:
                      [(other + "/ours", self.cell(self.ratio(f"record/{other}", "record/ours"),
                                                   others))],
                      [("ours", ours), (other, self.times.get(f"record/{other}"))])
+        for what in ("ours", "ours-without-arguments"):
+            event, floor = f"record/event/{what}", f"record/event/floor{what[4:]}"
+            self.row(f"within an event{what[4:].replace('-', ' ')}",
+                     [("ours/floor", self.cell(self.ratio(event, floor)))],
+                     [("ours", self.times.get(event)), ("floor", self.times.get(floor))])
         self.row("for comparison", [], [(what, self.times.get(f"record/{what}"))
                                         for what in ("clock-read", "disabled-text")])
 
@@ -257,6 +262,16 @@ class Table:
                     (f"{one}/ours", self.cell(self.ratio(f"timer-{what}/{one}/{count}", ours),
                                               goal if one != "priority_queue" else None))
                     for one in ("libuv", "libevent", "priority_queue")],
+                    [("ours", self.times.get(ours))])
+        for terms, kind, ones in (("exact-clock", "each reads the exact clock",
+                                   ("libuv", "libevent")),
+                                  ("kept-time", "none reads a clock", ("libuv",))):
+            self.heading(f"Timers: an armed task is armed again; {kind}")
+            for count in (1, 1000, 100000):
+                ours = f"timer-arm-{terms}/ours/{count}"
+                self.row(f"{count:,} tasks", [
+                    (f"{one}/ours", self.cell(self.ratio(f"timer-arm-{terms}/{one}/{count}", ours),
+                                              None)) for one in ones],
                     [("ours", self.times.get(ours))])
 
     def bursts(self):

@@ -34,8 +34,9 @@ class SingleReactor final : public ReactorMember {
    ~SingleReactor() override { detach(); }
 
    const Vex::Ptr< ReactorType > & reactor() const noexcept { return reactor_; }
-   /// The entity that the reactor watches; null where there is no reactor.
-   EntityRef notifier() const noexcept { return reactor_ ? reactor_->notifier() : nullptr; }
+   /// The entity that the reactor watches; null where there is no reactor. Follows the reactor:
+   /// who goes on after a notification keeps a copy.
+   const EntityRef & notifier() const noexcept { return reactor_ ? reactor_->notifier() : none; }
 
    /// Creates the reactor, watching `entity`, which may be null; runs no handler.
    void create( EntityRef entity ) {
@@ -77,6 +78,8 @@ class SingleReactor final : public ReactorMember {
    }
 
  private:
+   static constexpr EntityRef none{};
+
    Owner & owner_;
    Vex::Ptr< ReactorType > reactor_;
 };

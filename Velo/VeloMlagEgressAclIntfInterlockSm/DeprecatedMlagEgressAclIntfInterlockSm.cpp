@@ -189,7 +189,7 @@ void DeprecatedMlagEgressAclIntfInterlockSm::peerLinkIntfDel() {
 
 bool DeprecatedMlagEgressAclIntfInterlockSm::shouldInstallEgressAcl( Nodo::IntfId lag ) const {
    duplog( Vex::at< 0 >(), prefix, "shouldInstallEgressAcl", " lag : ", lag );
-   const auto mlag = mlagStatus();
+   const auto & mlag = mlagStatus();
    if ( !Mlag::isActive( mlag->mlagState() ) ) {
       duplog( Vex::at< 2 >(), "shouldInstallEgressAcl", " Mlag is inactive" );
       return false;
@@ -224,7 +224,7 @@ bool DeprecatedMlagEgressAclIntfInterlockSm::shouldInstallEgressAcl( Nodo::IntfI
 bool DeprecatedMlagEgressAclIntfInterlockSm::lagMemberActive( Nodo::IntfId member,
                                                               Nodo::IntfId lag ) const {
    duplog( Vex::at< 0 >(), prefix, "lagMemberActive", " memberIntf : ", member, " lag : ", lag );
-   const auto initialMember = hwLagConfig()->initialMember( lag );
+   const auto * const initialMember = hwLagConfig()->initialMemberFind( lag );
    if ( initialMember && initialMember->memberHas( member ) ) {
       duplog( Vex::at< 3 >(), "lagMemberActive", " member is active" );
       return true;

@@ -175,7 +175,7 @@ void MlagEgressAclIntfInterlockBaseSm::peerLinkIntfDel() {
 bool MlagEgressAclIntfInterlockBaseSm::lagMemberActive( Nodo::IntfId member,
                                                         Nodo::IntfId lag ) const {
    trace( Vex::at< 0 >(), smName_, "lagMemberActive", " memberIntf : ", member, " lag : ", lag );
-   const auto im = hwLagConfig()->initialMember( lag );
+   const auto * const im = hwLagConfig()->initialMemberFind( lag );
    if ( im && im->memberHas( member ) ) {
       trace( Vex::at< 3 >(), "lagMemberActive", " member is", " ", "active" );
       return true;

@@ -79,13 +79,15 @@ class MlagEgressAclIntfInterlockBaseSm : public InterlockModel::StateMachine {
       void vex_handleInitialMemberSm_member( Nodo::IntfId member );
    };
 
-   // What is watched and written.
+   // What is watched and written. Who goes on after a notification keeps a reference of its own.
 
-   Vex::Ptr< const IntfFeatureStatus > aclIntfFeatureStatus() const {
+   const Vex::Ptr< const IntfFeatureStatus > & aclIntfFeatureStatus() const {
       return aclIntfFeatureStatus_.notifier();
    }
-   Vex::Ptr< const Hardware::Lag::Config > hwLagConfig() const { return hwLagConfig_.notifier(); }
-   Vex::Ptr< const Mlag::Status > mlagStatus() const { return mlagStatus_.notifier(); }
+   const Vex::Ptr< const Hardware::Lag::Config > & hwLagConfig() const {
+      return hwLagConfig_.notifier();
+   }
+   const Vex::Ptr< const Mlag::Status > & mlagStatus() const { return mlagStatus_.notifier(); }
    const Vex::Ptr< IntfFeatureStatus > & outIntfFeatureStatus() const {
       return outIntfFeatureStatus_;
    }

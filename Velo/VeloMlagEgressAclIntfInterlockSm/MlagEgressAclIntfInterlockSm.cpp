@@ -50,7 +50,7 @@ const Vex::Type & MlagEgressAclIntfInterlockSm::fwkType() const noexcept {
 // "lag ", and "inactve", stay as they are.
 bool MlagEgressAclIntfInterlockSm::shouldInstallEgressAcl( Nodo::IntfId lag ) {
    trace( Vex::at< 0 >(), smName(), "shouldInstallEgressAcl", " lag : ", lag );
-   const auto mlag = mlagStatus();
+   const auto & mlag = mlagStatus();
    if ( !Mlag::isActive( mlag->mlagState() ) ) {
       trace( Vex::at< 2 >(), "shouldInstallEgressAcl", " Mlag is inactive" );
       return false;

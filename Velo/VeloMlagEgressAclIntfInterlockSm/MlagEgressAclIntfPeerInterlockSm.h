@@ -14,6 +14,7 @@
 // it, it calls doCleanup(), and from then on, marked for deletion, a handler that was under way
 // writes nothing more.
 
+#include "Velo/VeloMlagEgressAclIntfInterlockSm/Deadlines.h"
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/LinkState.h"
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/LinkStateTable.h"
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/MlagEgressAclIntfInterlockBaseSm.h"
@@ -73,7 +74,7 @@ class MlagEgressAclIntfPeerInterlockSm final : public MlagEgressAclIntfInterlock
    static const Vex::Type & staticFwkType() noexcept;
    const Vex::Type & fwkType() const noexcept override;
 
-   Vex::Ptr< const Mlag::AclInstallResponse > aclResponseFromPeer() const {
+   const Vex::Ptr< const Mlag::AclInstallResponse > & aclResponseFromPeer() const {
       return aclResponseFromPeer_.notifier();
    }
    const Vex::Ptr< Mlag::AclInstallRequest > & aclRequestToPeer() const {
@@ -116,7 +117,7 @@ class MlagEgressAclIntfPeerInterlockSm final : public MlagEgressAclIntfInterlock
    // Time-outs.
 
    /// Deadlines on the framework's clock.
-   const Vex::KeyMap< Nodo::IntfId, Vex::Seconds > & timer() const { return timer_; }
+   const Deadlines & timer() const { return timer_; }
    /// The LAG for whose deadline the task is armed; the empty identifier: for none.
    Nodo::IntfId activeLag() const { return activeLag_; }
    /// The task; null when there is none.
@@ -175,7 +176,7 @@ class MlagEgressAclIntfPeerInterlockSm final : public MlagEgressAclIntfInterlock
    Vex::Ptr< Kel::TaskScheduler > scheduler_;
    std::uint32_t watermark_ = 0;
    Vex::KeyMap< Nodo::IntfId, LinkState > linkState_;
-   Vex::KeyMap< Nodo::IntfId, Vex::Seconds > timer_;
+   Deadlines timer_;
    Nodo::IntfId activeLag_;
    InterlockModel::SingleReactor< VexTask > vexTask_{ *this };
    Vex::Ptr< Kel::TimerTask > task_; // what vexTask_ watches

@@ -56,12 +56,12 @@ const Vex::Type & MlagEgressAclIntfPeerInterlockSm::fwkType() const noexcept {
 }
 
 bool MlagEgressAclIntfPeerInterlockSm::lagActive( Nodo::IntfId lag ) const {
-   const auto im = hwLagConfig()->initialMember( lag );
+   const auto * const im = hwLagConfig()->initialMemberFind( lag );
    return im && im->members() != 0;
 }
 
 bool MlagEgressAclIntfPeerInterlockSm::isMlagIntf( Nodo::IntfId lag ) const {
-   return mlagStatus()->intfStatus( lag ) != Mlag::IntfStatus();
+   return static_cast< bool >( mlagStatus()->intfStatus( lag ) );
 }
 
 bool MlagEgressAclIntfPeerInterlockSm::shouldInstallEgressAcl( Nodo::IntfId lag ) {
@@ -120,13 +120,12 @@ void MlagEgressAclIntfPeerInterlockSm::handleLag( Nodo::IntfId lag ) {
 
 void MlagEgressAclIntfPeerInterlockSm::handleLagInactive( Nodo::IntfId lag ) {
    duplog( Vex::at< 0 >(), smName(), "handleLagInactive", " lag : ", lag );
-   const auto im = hwLagConfig()->initialMember( lag );
+   const auto * const im = hwLagConfig()->initialMemberFind( lag );
    VEX_ASSERT( !im || im->members() == 0 );
    handlePeerInterlockLag( lag );
-   for ( const IntfFeature entry : outIntfFeatureStatus()->intf().keys() ) {
-      if ( entry.lag == lag ) {
-         handleMember( entry.member, lag );
-      }
+   const auto ofLag = [ lag ]( const IntfFeature & entry ) { return entry.lag == lag; };
+   for ( const IntfFeature entry : outIntfFeatureStatus()->intf().keysWhere( ofLag ) ) {
+      handleMember( entry.member, lag );
    }
 }
 
@@ -142,7 +141,7 @@ void MlagEgressAclIntfPeerInterlockSm::handleInitialized() {
    for ( const IntfFeature entry : outIntfFeatureStatus()->intf().keys() ) {
       if ( !lagActive( entry.lag ) ) {
          handleLag( entry.lag );
-      } else if ( !hwLagConfig()->initialMember( entry.lag )->memberHas( entry.member ) ) {
+      } else if ( !hwLagConfig()->initialMemberFind( entry.lag )->memberHas( entry.member ) ) {
          handleMember( entry.member, entry.lag );
       }
    }

@@ -79,16 +79,9 @@ void MlagEgressAclIntfPeerInterlockSm::handleTimer( Nodo::IntfId lag ) {
 
 void MlagEgressAclIntfPeerInterlockSm::resetTimer() {
    duplog( Vex::at< 0 >(), smName(), "resetTimer" );
-   Vex::Seconds earliest = Vex::Seconds::infinity();
-   Nodo::IntfId chosen;
-   for ( const auto entry : timer_.entries() ) {
-      if ( earliest > entry.value ) { // of equal deadlines, the first
-         earliest = entry.value;
-         chosen = entry.key;
-      }
-   }
-   activeLag_ = chosen;
-   scheduleTask( earliest - Vex::now() );
+   const Deadlines::Entry earliest = timer_.earliest();
+   activeLag_ = earliest.key;
+   scheduleTask( earliest.value - Vex::now() );
 }
 
 void MlagEgressAclIntfPeerInterlockSm::handleTimeout() {

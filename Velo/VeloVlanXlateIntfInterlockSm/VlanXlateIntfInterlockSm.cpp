@@ -200,7 +200,7 @@ void VlanXlateIntfInterlockSm::switchIntfConfigSmDelAll() {
 bool VlanXlateIntfInterlockSm::lagMemberActive( Nodo::IntfId memberIntf,
                                                 Nodo::IntfId lagIntfId ) const {
    trace( Vex::at< 0 >(), "lagMemberActive", " memberIntf: ", memberIntf, " lag: ", lagIntfId );
-   const auto initialMember = hwLagConfig()->initialMember( lagIntfId );
+   const auto * const initialMember = hwLagConfig()->initialMemberFind( lagIntfId );
    if ( !initialMember ) {
       trace( Vex::at< 2 >(), "lagMemberActive", " member isn't active" );
       return false;
@@ -215,7 +215,7 @@ bool VlanXlateIntfInterlockSm::lagMemberActive( Nodo::IntfId memberIntf,
 
 bool VlanXlateIntfInterlockSm::needsVlanXlateProgramming( Nodo::IntfId lagIntfId ) const {
    trace( Vex::at< 0 >(), "needsVlanXlateProgramming", " lag: ", lagIntfId );
-   const auto switchIntfConfig = bridgingConfig()->switchIntfConfig( lagIntfId );
+   const auto * const switchIntfConfig = bridgingConfig()->switchIntfConfigFind( lagIntfId );
    if ( !switchIntfConfig ) {
       return false;
    }

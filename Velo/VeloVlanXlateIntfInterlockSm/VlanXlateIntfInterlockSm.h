@@ -96,13 +96,17 @@ class VlanXlateIntfInterlockSm final : public InterlockModel::StateMachine {
    static const Vex::Type & staticFwkType() noexcept;
    const Vex::Type & fwkType() const noexcept override;
 
-   // What is watched and written.
+   // What is watched and written. Who goes on after a notification keeps a reference of its own.
 
-   Vex::Ptr< const IntfFeatureStatus > inIntfFeatureStatus() const {
+   const Vex::Ptr< const IntfFeatureStatus > & inIntfFeatureStatus() const {
       return inIntfFeatureStatus_.notifier();
    }
-   Vex::Ptr< const Hardware::Lag::Config > hwLagConfig() const { return hwLagConfig_.notifier(); }
-   Vex::Ptr< const Bridging::Config > bridgingConfig() const { return bridgingConfig_.notifier(); }
+   const Vex::Ptr< const Hardware::Lag::Config > & hwLagConfig() const {
+      return hwLagConfig_.notifier();
+   }
+   const Vex::Ptr< const Bridging::Config > & bridgingConfig() const {
+      return bridgingConfig_.notifier();
+   }
    const Vex::Ptr< IntfFeatureStatus > & outIntfFeatureStatus() const {
       return outIntfFeatureStatus_;
    }

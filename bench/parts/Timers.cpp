@@ -1,5 +1,7 @@
 // Tasks of one scheduler: arming one that is armed already beside others, cancelling and arming it
-// again, and firing all that are due. Each scheduler reads the clock as it does by itself.
+// again, and firing all that are due. Each scheduler reads the clock as it does by itself: ours the
+// exact one at each arming, libuv none (its loop keeps a time), libevent the coarse one. So arming
+// is measured on equal terms besides: all read the exact clock, or none reads any.
 
 #include "bench/Registry.h"
 #include "platform/Kel/TimerTask.h"
@@ -58,6 +60,18 @@ class OurTasks {
    std::vector< Vex::Ptr< Watcher > > watchers_;
 };
 
+/// The same on a clock that its host moves once a round of its loop.
+class OurTasksOnKeptTime {
+ public:
+   explicit OurTasksOnKeptTime( std::size_t count ) : tasks_( count ) {}
+   void arm( std::size_t at, unsigned milliseconds ) { tasks_.arm( at, milliseconds ); }
+
+ private:
+   Vex::VirtualClock clock_;
+   Vex::ClockScope scope_{ clock_ };
+   OurTasks tasks_;
+};
+
 class UvTasks {
  public:
    explicit UvTasks( std::size_t count ) : tasks_( count ) {
@@ -86,6 +100,7 @@ class UvTasks {
    }
    void cancel( std::size_t at ) { uv_timer_stop( &tasks_[ at ] ); }
    void run() { uv_run( &loop_, UV_RUN_NOWAIT ); }
+   void readClock() { uv_update_time( &loop_ ); }
 
  private:
    uv_loop_t loop_{};
@@ -93,9 +108,21 @@ class UvTasks {
    std::vector< uv_timer_t > tasks_;
 };
 
+class UvTasksThatReadTheClock {
+ public:
+   explicit UvTasksThatReadTheClock( std::size_t count ) : tasks_( count ) {}
+   void arm( std::size_t at, unsigned milliseconds ) {
+      tasks_.readClock();
+      tasks_.arm( at, milliseconds );
+   }
+
+ private:
+   UvTasks tasks_;
+};
+
 class EventTasks {
  public:
-   explicit EventTasks( std::size_t count ) : base_( event_base_new() ) {
+   explicit EventTasks( std::size_t count, int flags = 0 ) : base_( newBase( flags ) ) {
       for ( std::size_t at = 0; at < count; ++at ) {
          tasks_.push_back( event_new(
             base_, -1, 0,
@@ -121,9 +148,23 @@ class EventTasks {
    void run() { event_base_loop( base_, EVLOOP_NONBLOCK ); }
 
  private:
+   static event_base * newBase( int flags ) {
+      event_config * const config = event_config_new();
+      event_config_set_flag( config, flags );
+      event_base * const base = event_base_new_with_config( config );
+      event_config_free( config );
+      return base;
+   }
+
    event_base * base_;
    std::uint64_t fired_ = 0;
    std::vector< event * > tasks_;
+};
+
+class EventTasksThatReadTheClock : public EventTasks {
+ public:
+   explicit EventTasksThatReadTheClock( std::size_t count )
+       : EventTasks( count, EVENT_BASE_FLAG_PRECISE_TIMER ) {}
 };
 
 /// What one writes by hand: entries that were replaced or cancelled stay until they come up, or
@@ -221,17 +262,26 @@ void firing( benchmark::State & state ) {
    state.SetItemsProcessed( static_cast< std::int64_t >( state.iterations() ) * state.range( 0 ) );
 }
 
+benchmark::internal::Benchmark * named( const std::string & name, auto function ) {
+   return benchmark::RegisterBenchmark( name.c_str(), function )
+      ->Arg( 1 )
+      ->Arg( 1000 )
+      ->Arg( 100000 );
+}
+
 template < class Tasks >
 void add( const std::string & implementation ) {
-   const auto named = [ & ]( const char * what, auto function ) {
-      return benchmark::RegisterBenchmark( ( what + implementation ).c_str(), function )
-         ->Arg( 1 )
-         ->Arg( 1000 )
-         ->Arg( 100000 );
-   };
-   named( "timer-arm/", arming< Tasks, false > );
-   named( "timer-cancel/", arming< Tasks, true > );
-   named( "timer-fire/", firing< Tasks > )->UseManualTime();
+   named( "timer-arm/" + implementation, arming< Tasks, false > );
+   named( "timer-cancel/" + implementation, arming< Tasks, true > );
+   named( "timer-fire/" + implementation, firing< Tasks > )->UseManualTime();
+}
+
+void addEqualTerms() {
+   named( "timer-arm-exact-clock/ours", arming< OurTasks, false > );
+   named( "timer-arm-exact-clock/libuv", arming< UvTasksThatReadTheClock, false > );
+   named( "timer-arm-exact-clock/libevent", arming< EventTasksThatReadTheClock, false > );
+   named( "timer-arm-kept-time/ours", arming< OurTasksOnKeptTime, false > );
+   named( "timer-arm-kept-time/libuv", arming< UvTasks, false > );
 }
 
 } // namespace
@@ -241,6 +291,7 @@ void registerTimers() {
    add< UvTasks >( "libuv" );
    add< EventTasks >( "libevent" );
    add< QueueTasks >( "priority_queue" );
+   addEqualTerms();
 }
 
 } // namespace Bench::Parts

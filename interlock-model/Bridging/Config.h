@@ -38,6 +38,11 @@ class VEX_EXPORT Config final : public Vex::Entity< ConfigAttribute, Nodo::IntfI
    Vex::Ptr< SwitchIntfConfig > switchIntfConfig( Nodo::IntfId intf ) {
       return switchIntfConfig_.get( intf );
    }
+   /// The same for a look in passing; valid until the next change of the configuration.
+   const SwitchIntfConfig * switchIntfConfigFind( Nodo::IntfId intf ) const noexcept {
+      const auto * const found = switchIntfConfig_.find( intf );
+      return found != nullptr ? found->get() : nullptr;
+   }
 
    /// Puts `entity` under its own interface, in place of what was there; notifies
    /// `switchIntfConfig` with the interface unless it was this very entity. A null argument is the

@@ -20,7 +20,10 @@ struct IntfStatus {
    IntfState localState = IntfState::unknown;
    IntfState peerState = IntfState::unknown; // of the interface on the MLAG peer
 
-   explicit operator bool() const { return *this != IntfStatus(); }
+   /// Whether it differs from a default-constructed one.
+   explicit operator bool() const noexcept {
+      return !text.empty() || localState != IntfState::unknown || peerState != IntfState::unknown;
+   }
 
    friend bool operator==( const IntfStatus &, const IntfStatus & ) = default;
 };

@@ -27,12 +27,6 @@ void Status::peerLinkIs( PeerLink peerLink ) {
    }
 }
 
-const IntfStatus & Status::intfStatus( Nodo::IntfId intf ) const {
-   static const auto & unknown = *new IntfStatus; // never destroyed: read until the process ends
-   const IntfStatus * const status = intfStatus_.find( intf );
-   return status != nullptr ? *status : unknown;
-}
-
 void Status::intfStatusIs( Nodo::IntfId intf, IntfStatus status ) {
    if ( intfStatus_.put( intf, std::move( status ) ) ) {
       notify( Attribute::intfStatus, intf );

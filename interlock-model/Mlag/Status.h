@@ -58,7 +58,10 @@ class VEX_EXPORT Status final : public Vex::Entity< StatusAttribute, Nodo::IntfI
    const IntfStatuses & intfStatus() const noexcept { return intfStatus_; }
    bool intfStatusHas( Nodo::IntfId intf ) const noexcept { return intfStatus_.has( intf ); }
    /// A default-constructed status for an interface without entry; valid until the next change.
-   const IntfStatus & intfStatus( Nodo::IntfId intf ) const;
+   const IntfStatus & intfStatus( Nodo::IntfId intf ) const noexcept {
+      const IntfStatus * const status = intfStatus_.find( intf );
+      return status != nullptr ? *status : unknown_;
+   }
    /// Inserts or overwrites; notifies `intfStatus` with the interface unless an equal entry is
    /// there.
    void intfStatusIs( Nodo::IntfId intf, IntfStatus status );
@@ -77,6 +80,7 @@ class VEX_EXPORT Status final : public Vex::Entity< StatusAttribute, Nodo::IntfI
    bool peerInterlock_ = false;
    PeerLink peerLink_;
    IntfStatuses intfStatus_;
+   const IntfStatus unknown_{}; // of every interface without entry
 };
 
 } // namespace Mlag

@@ -3,7 +3,6 @@
 #include "platform/Jotter/TraceFile.h"
 
 #include <algorithm>
-#include <atomic>
 #include <deque>
 #include <mutex>
 
@@ -23,9 +22,6 @@ State & state() {
    return *instance;
 }
 
-// Set when the library is loaded, so that a record need not ask whether there is a file yet.
-std::atomic< TraceFile * > current{ &state().builtIn };
-
 void describeAll( TraceFile & file ) {
    DescriptorId id = 0;
    for ( const Descriptor & descriptor : state().descriptors ) {
@@ -34,6 +30,9 @@ void describeAll( TraceFile & file ) {
 }
 
 } // namespace
+
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables)
+std::atomic< TraceFile * > Detail::defaultTraceFile{ &state().builtIn };
 
 DescriptorId registerDescriptor( const Descriptor & descriptor ) {
    const std::lock_guard lock( state().mutex );
@@ -60,16 +59,12 @@ void describeKnown( TraceFile & file ) {
    describeAll( file );
 }
 
-TraceFile * defaultTraceFile() noexcept {
-   return current.load( std::memory_order_acquire );
-}
-
 TraceFile * defaultTraceFileIs( TraceFile * file ) {
    const std::lock_guard lock( state().mutex );
    if ( file != nullptr ) {
       describeAll( *file );
    }
-   return current.exchange( file, std::memory_order_acq_rel );
+   return Detail::defaultTraceFile.exchange( file, std::memory_order_acq_rel );
 }
 
 } // namespace Jotter

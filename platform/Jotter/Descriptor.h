@@ -10,6 +10,7 @@
 #include "platform/Vex/Export.h"
 #include "platform/Vex/String.h"
 
+#include <atomic>
 #include <cstdint>
 #include <vector>
 
@@ -46,9 +47,17 @@ VEX_EXPORT DescriptorId registerDescriptor( const Descriptor & descriptor );
 /// Makes every descriptor that is registered by now known to readers of `file`.
 VEX_EXPORT void describeKnown( TraceFile & file );
 
+namespace Detail {
+// Read for every message, so it is no function. Set when the library is loaded.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables)
+VEX_EXPORT extern std::atomic< TraceFile * > defaultTraceFile;
+} // namespace Detail
+
 /// The trace file that Duplog messages go to. At first it is a built-in one in plain memory.
 /// Null: nothing is recorded.
-VEX_EXPORT TraceFile * defaultTraceFile() noexcept;
+inline TraceFile * defaultTraceFile() noexcept {
+   return Detail::defaultTraceFile.load( std::memory_order_acquire );
+}
 
 /// Puts `file` in place of the current one and returns that. The caller keeps a file that it puts
 /// in place until it takes it back.

@@ -41,12 +41,13 @@ class Duplog {
    }
 
  private:
-   // Returns 0, and the next message tries again, when there is no memory.
+   // Returns 0, and the next message tries again, when there is no memory. Happens once a site, so
+   // it is kept out of the way.
    template < class... Pieces >
-   DescriptorId describe( std::uint32_t line,
-                          std::string_view function,
-                          unsigned level,
-                          const Pieces &... pieces ) const noexcept {
+   [[gnu::noinline, gnu::cold]] DescriptorId describe( std::uint32_t line,
+                                                       std::string_view function,
+                                                       unsigned level,
+                                                       const Pieces &... pieces ) const noexcept {
       try {
          Descriptor descriptor{ Vex::String( text_.source() ),
                                 line,

@@ -12,13 +12,17 @@
 #include "platform/Vex/Seconds.h"
 #include "platform/Vex/String.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace Jotter {
@@ -44,6 +48,82 @@ inline void addPiece( std::vector< Piece > & pieces, Number auto ) {
 inline void addPiece( std::vector< Piece > & pieces, Vex::Seconds ) {
    pieces.push_back( { PieceKind::time, {} } );
 }
+
+template < class T >
+inline constexpr bool isArgument = !std::is_array_v< T > && !std::same_as< T, Vex::String >;
+
+/// The arguments of a record of one cell. They are put together word by word, each word out of the
+/// words of its parts, and not byte by byte in memory: to read back in words what has just been
+/// written there in bytes makes the processor wait.
+class ShortArguments {
+ public:
+   static constexpr std::size_t room = Layout::inlineArgumentBytes;
+   using Words = std::array< std::uint64_t, room / sizeof( std::uint64_t ) >;
+
+   // Each adds its argument, if it is one. False: there is no room, and all of this is void.
+   template < std::size_t size >
+   constexpr bool add( const char ( & )[ size ] ) noexcept {
+      return true;
+   }
+   bool add( const Vex::String & ) noexcept { return true; }
+   bool add( Nodo::IntfId intf ) noexcept { return add( intf.name() ); }
+   bool add( const Nodo::InternedName & name ) noexcept {
+      // A text that has no such form counts as 256 bytes, and so has no room here.
+      return append( reinterpret_cast< const std::byte * >( &name ) +
+                        offsetof( Nodo::InternedName, recordForm ),
+                     1 + static_cast< std::size_t >( name.recordForm[ 0 ] ) );
+   }
+   bool add( std::same_as< bool > auto value ) noexcept { return append( value ? 1U : 0U, 1 ); }
+   bool add( Number auto value ) noexcept {
+      return append( static_cast< std::uint64_t >( value ), sizeof( std::uint64_t ) );
+   }
+   bool add( Vex::Seconds value ) noexcept {
+      return append( std::bit_cast< std::uint64_t >( value.value() ), sizeof( std::uint64_t ) );
+   }
+
+   const Words & words() const noexcept { return words_; }
+   std::size_t size() const noexcept { return size_; }
+
+ private:
+   static std::uint64_t wordAt( const void * from ) noexcept {
+      std::uint64_t word = 0;
+      std::memcpy( &word, from, sizeof word );
+      return word;
+   }
+
+   // At `from` are the bytes, then zeros, `room` of them together; before it as many that can be
+   // read.
+   bool append( const std::byte * from, std::size_t size ) noexcept {
+      if ( size > room - size_ ) [[unlikely]] {
+         return false;
+      }
+      // As if all were moved up by what is there already.
+      const std::byte * const moved = from - size_;
+      const std::byte * const mask = keep.data() + room - size_;
+      [ & ]< std::size_t... at >( std::index_sequence< at... > ) {
+         ( ( words_[ at ] |= wordAt( moved + at * sizeof( std::uint64_t ) ) &
+                             wordAt( mask + at * sizeof( std::uint64_t ) ) ),
+           ... );
+      }( std::make_index_sequence< std::tuple_size_v< Words > >() );
+      size_ += size;
+      return true;
+   }
+   bool append( std::uint64_t value, std::size_t size ) noexcept {
+      std::array< std::uint64_t, 2 * std::tuple_size_v< Words > > around{};
+      around[ std::tuple_size_v< Words > ] = value;
+      return append( reinterpret_cast< const std::byte * >( around.data() ) + room, size );
+   }
+
+   static constexpr std::array< std::byte, 2 * room > keep = [] {
+      std::array< std::byte, 2 * room > bytes{};
+      std::fill( bytes.begin() + room, bytes.end(), std::byte{ 0xFF } );
+      return bytes;
+   }();
+
+   Words words_{};
+   std::size_t size_ = 0;
+};
+static_assert( Nodo::InternedName::recordFormBytes == ShortArguments::room );
 
 // How many bytes its argument takes, at most and in this case.
 template < class T >

@@ -27,8 +27,9 @@
 // when its stamp is the right one for its content, and the same before and after it has read that.
 //
 // A record is one cell, or several that follow one another when its arguments are long; its first
-// cell is written last. Content: sequence (from 1), time (seconds, double), descriptor and argument
-// size (32 bits each), then the arguments as the descriptor's placeholders have them:
+// cell is written last. Content: sequence (from 1), time (seconds, double; that of the event which
+// the record belongs to, TraceFile.h), descriptor and argument size (32 bits each), then the
+// arguments as the descriptor's placeholders have them:
 //
 //    text      length (1 byte; 255: two bytes follow, of which bit 15 says that the text was cut),
 //              then the bytes
@@ -42,6 +43,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 
 namespace Jotter::Layout {
 
@@ -106,12 +108,24 @@ inline constexpr std::array< std::uint64_t, cellWords + 1 > factors{
    0x86DC283CF0480FF9U, 0xC7EAA0992CB6916DU, 0xCA118783593942A5U, 0x9509BB0A9BF13331U,
    0x92E1BC7656670B15U, 0xF5EC52ED01088475U, 0xA909406C2E416789U, 0xD9BA1B0D5C906159U };
 
-constexpr std::uint64_t stampOf( std::uint32_t tag, const Content & content ) noexcept {
+/// Does the same for each word of a cell, without a loop: words that are known to be zero then cost
+/// no multiplication, and all others stay in registers.
+template < class ForWord >
+[[gnu::always_inline]] constexpr void forEachWord( ForWord forWord ) noexcept {
+   [ & ]< std::size_t... word >( std::index_sequence< word... > ) {
+      ( forWord( word ), ... );
+   }( std::make_index_sequence< cellWords >() );
+}
+
+[[gnu::always_inline]] constexpr std::uint64_t stampOf( std::uint32_t tag,
+                                                        const Content & content ) noexcept {
    std::uint64_t sum = tag * factors[ cellWords ];
-   for ( std::size_t word = 0; word < cellWords; ++word ) {
-      sum += content[ word ] * factors[ word ];
-   }
+   forEachWord( [ & ]( std::size_t word ) { sum += content[ word ] * factors[ word ]; } );
    return ( sum & 0xFFFFFFFF00000000U ) | tag;
+}
+
+constexpr std::uint64_t siteWord( std::uint32_t descriptor, std::size_t argumentBytes ) noexcept {
+   return descriptor | std::uint64_t{ argumentBytes } << 32U;
 }
 
 /// Sequence, time, descriptor and argument size.

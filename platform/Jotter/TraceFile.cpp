@@ -4,7 +4,7 @@
 #include "platform/Jotter/MappedFile.h"
 #include "platform/Jotter/TraceFileError.h"
 #include "platform/Vex/Assert.h"
-#include "platform/Vex/Clock.h"
+#include "platform/Vex/EventClock.h"
 #include "platform/Vex/Object.h"
 
 #include <algorithm>
@@ -165,12 +165,17 @@ struct Claim {
    std::uint64_t sequence;
 };
 
+bool manyWriters() noexcept {
+   return Vex::pointerMode() == Vex::PointerMode::threadSafe;
+}
+
 // Cells first: whoever has seen the number of a record also sees that its cells are taken.
-Claim claim( Layout::Header & head, std::uint64_t cells ) noexcept {
-   if ( Vex::pointerMode() == Vex::PointerMode::threadSafe ) {
-      const std::uint64_t cell = head.nextCell.fetch_add( cells, std::memory_order_acq_rel );
-      return { cell, head.nextSequence.fetch_add( 1, std::memory_order_acq_rel ) + 1 };
-   }
+Claim claimShared( Layout::Header & head, std::uint64_t cells ) noexcept {
+   const std::uint64_t cell = head.nextCell.fetch_add( cells, std::memory_order_acq_rel );
+   return { cell, head.nextSequence.fetch_add( 1, std::memory_order_acq_rel ) + 1 };
+}
+
+[[gnu::always_inline]] inline Claim claim( Layout::Header & head, std::uint64_t cells ) noexcept {
    const std::uint64_t cell = head.nextCell.load( std::memory_order_relaxed );
    const std::uint64_t sequence = head.nextSequence.load( std::memory_order_relaxed ) + 1;
    head.nextCell.store( cell + cells, std::memory_order_release );
@@ -195,67 +200,121 @@ bool taken( Layout::Cell & cell, std::uint64_t number ) noexcept {
                                               std::memory_order_relaxed );
 }
 
-// False: another writer has this place, and the record cannot be whole.
-bool writeCell( Layout::Cell & cell,
-                std::uint64_t number,
-                bool continues,
-                const Layout::Content & content ) noexcept {
-   if ( Vex::pointerMode() != Vex::PointerMode::threadSafe ) {
-      cell.stamp.store( Layout::busy, std::memory_order_release ); // after the counters
-   } else if ( !taken( cell, number ) ) {
-      return false;
-   }
+// Fills a cell whose stamp is busy.
+[[gnu::always_inline]] inline void fill( Layout::Cell & cell,
+                                         std::uint64_t number,
+                                         bool continues,
+                                         const Layout::Content & content ) noexcept {
    std::atomic_thread_fence( std::memory_order_release ); // the old stamp goes first
-   for ( std::size_t word = 0; word < Layout::cellWords; ++word ) {
+   Layout::forEachWord( [ & ]( std::size_t word ) {
       cell.content[ word ].store( content[ word ], std::memory_order_relaxed );
-   }
+   } );
    cell.stamp.store( Layout::stampOf( Layout::tagOf( number, continues ), content ),
                      std::memory_order_release );
+}
+
+// As the only writer.
+[[gnu::always_inline]] inline void writeCell( Layout::Cell & cell,
+                                              std::uint64_t number,
+                                              bool continues,
+                                              const Layout::Content & content ) noexcept {
+   cell.stamp.store( Layout::busy, std::memory_order_release ); // after the counters
+   fill( cell, number, continues, content );
+}
+
+// False: another writer has this place, and the record cannot be whole.
+bool writeSharedCell( Layout::Cell & cell,
+                      std::uint64_t number,
+                      bool continues,
+                      const Layout::Content & content ) noexcept {
+   if ( !taken( cell, number ) ) {
+      return false;
+   }
+   fill( cell, number, continues, content );
    return true;
 }
 
-void setHead( Layout::Content & content,
-              std::uint64_t sequence,
-              Vex::Seconds time,
-              DescriptorId descriptor,
-              std::size_t size ) noexcept {
-   content[ 0 ] = sequence;
-   content[ 1 ] = std::bit_cast< std::uint64_t >( time.value() );
-   content[ 2 ] = descriptor | static_cast< std::uint64_t >( size ) << 32U;
+std::uint64_t timeWord( Vex::Seconds time ) noexcept {
+   return std::bit_cast< std::uint64_t >( time.value() );
 }
 
 } // namespace
 
-void TraceFile::writeShort( DescriptorId descriptor,
-                            std::size_t size,
-                            Layout::Content & content ) noexcept {
-   const Vex::Seconds time = Vex::now();
+// Content without its sequence number, as the only writer.
+[[gnu::always_inline]] inline void TraceFile::writeAlone(
+   const Layout::Content & content ) noexcept {
    const auto [ number, sequence ] = claim( header(), 1 );
-   setHead( content, sequence, time, descriptor, size );
-   writeCell( cell( number ), number, false, content );
+   Layout::Content numbered = content;
+   numbered[ 0 ] = sequence;
+   writeCell( cell( number ), number, false, numbered );
+}
+
+[[gnu::noinline]] void TraceFile::writeReadingTheClock( std::uint64_t site,
+                                                        std::uint64_t a,
+                                                        std::uint64_t b,
+                                                        std::uint64_t c,
+                                                        std::uint64_t d ) noexcept {
+   const std::uint64_t time = timeWord( Vex::eventTime() );
+   if ( !manyWriters() ) {
+      writeAlone( { 0, time, site, a, b, c, d } );
+      return;
+   }
+   const auto [ number, sequence ] = claimShared( header(), 1 );
+   writeSharedCell( cell( number ), number, false, { sequence, time, site, a, b, c, d } );
+}
+
+// A time that is kept says, too, that nobody else writes.
+void TraceFile::writeBare( DescriptorId descriptor ) noexcept {
+   const std::uint64_t site = Layout::siteWord( descriptor, 0 );
+   if ( Vex::eventTimeIsKept() ) [[likely]] {
+      writeAlone( { 0, timeWord( Vex::keptEventTime() ), site } );
+   } else {
+      writeReadingTheClock( site, 0, 0, 0, 0 );
+   }
+}
+
+void TraceFile::writeShort( std::uint64_t site,
+                            std::uint64_t a,
+                            std::uint64_t b,
+                            std::uint64_t c,
+                            std::uint64_t d ) noexcept {
+   if ( Vex::eventTimeIsKept() ) [[likely]] {
+      writeAlone( { 0, timeWord( Vex::keptEventTime() ), site, a, b, c, d } );
+   } else {
+      writeReadingTheClock( site, a, b, c, d );
+   }
 }
 
 void TraceFile::writeLong( DescriptorId descriptor,
                            std::span< const std::byte > arguments ) noexcept {
    const std::size_t rest = arguments.size() - Layout::inlineArgumentBytes;
    const std::uint64_t more = ( rest + Layout::cellBytes - 1 ) / Layout::cellBytes;
-   const Vex::Seconds time = Vex::now();
-   const auto [ first, sequence ] = claim( header(), 1 + more );
+   const std::uint64_t time = timeWord( Vex::eventTime() );
+   const bool shared = manyWriters();
+   const auto [ first, sequence ] =
+      shared ? claimShared( header(), 1 + more ) : claim( header(), 1 + more );
+   const auto write = [ & ]( std::uint64_t number, const Layout::Content & content ) {
+      const bool continues = number != first;
+      if ( shared ) {
+         return writeSharedCell( cell( number ), number, continues, content );
+      }
+      writeCell( cell( number ), number, continues, content );
+      return true;
+   };
    std::span< const std::byte > left = arguments.subspan( Layout::inlineArgumentBytes );
    for ( std::uint64_t at = 1; at <= more; ++at ) {
       Layout::Content content{};
       const auto part = left.first( std::min( left.size(), Layout::cellBytes ) );
       std::memcpy( content.data(), part.data(), part.size() );
       left = left.subspan( part.size() );
-      if ( !writeCell( cell( first + at ), first + at, true, content ) ) {
+      if ( !write( first + at, content ) ) {
          return;
       }
    }
-   Layout::Content content{};
-   setHead( content, sequence, time, descriptor, arguments.size() );
+   Layout::Content content{ sequence, time, Layout::siteWord( descriptor, arguments.size() ) };
    std::memcpy( content.data() + Layout::recordHeadBytes / sizeof( std::uint64_t ),
                 arguments.data(), Layout::inlineArgumentBytes );
-   writeCell( cell( first ), first, false, content );
+   write( first, content );
 }
 
 } // namespace Jotter

@@ -8,13 +8,15 @@
 // Ownership: whoever creates a trace file holds it; Duplog borrows the default one.
 // Threading: in the thread-safe pointer mode any thread may write, otherwise the one thread that
 // owns the objects. Reading at the same time is safe, from other processes too.
+// Time: a record's time is that of its event (platform/Vex/EventClock.h): never later than the
+// record, and at most 15 records old; outside of a notification, and in the thread-safe mode, its
+// own.
 // Death: the process may be killed at any instruction of these functions. What was written is whole
 // in the file, and the record under way is recognised as such.
 
 #include "platform/Jotter/Descriptor.h"
 #include "platform/Jotter/RecordEncoding.h"
 #include "platform/Jotter/RingLayout.h"
-#include "platform/Vex/Clock.h"
 #include "platform/Vex/Export.h"
 #include "platform/Vex/String.h"
 
@@ -53,18 +55,16 @@ class VEX_EXPORT TraceFile {
    /// are recorded (platform/Jotter/RecordEncoding.h).
    template < class... Pieces >
    void write( DescriptorId descriptor, const Pieces &... pieces ) noexcept {
-      const std::size_t size = ( std::size_t{ 0 } + ... + encodedSize( pieces ) );
-      if ( size <= Layout::inlineArgumentBytes ) [[likely]] {
-         Layout::Content content{};
-         [[maybe_unused]] auto * end =
-            reinterpret_cast< std::byte * >( content.data() ) + Layout::recordHeadBytes;
-         ( ( end = encode( end, pieces ) ), ... );
-         writeShort( descriptor, size, content );
+      if constexpr ( ( isArgument< Pieces > || ... ) ) {
+         ShortArguments arguments;
+         if ( ( arguments.add( pieces ) && ... ) ) [[likely]] {
+            const auto [ a, b, c, d ] = arguments.words();
+            writeShort( Layout::siteWord( descriptor, arguments.size() ), a, b, c, d );
+         } else {
+            encodeAndWriteLong( descriptor, pieces... );
+         }
       } else {
-         std::array< std::byte, longestRecord< Pieces... > > arguments; // NOLINT: filled below
-         [[maybe_unused]] auto * end = arguments.data();
-         ( ( end = encode( end, pieces ) ), ... );
-         writeLong( descriptor, std::span( arguments ).first( size ) );
+         writeBare( descriptor );
       }
    }
 
@@ -97,7 +97,29 @@ class VEX_EXPORT TraceFile {
       return *reinterpret_cast< Layout::Header * >( base_ );
    }
 
-   void writeShort( DescriptorId descriptor, std::size_t size, Layout::Content & content ) noexcept;
+   template < class... Pieces >
+   [[gnu::noinline, gnu::cold]] void encodeAndWriteLong( DescriptorId descriptor,
+                                                         const Pieces &... pieces ) noexcept {
+      const std::size_t size = ( std::size_t{ 0 } + ... + encodedSize( pieces ) );
+      std::array< std::byte, longestRecord< Pieces... > > arguments; // NOLINT: filled below
+      [[maybe_unused]] auto * end = arguments.data();
+      ( ( end = encode( end, pieces ) ), ... );
+      writeLong( descriptor, std::span( arguments ).first( size ) );
+   }
+
+   // All that changes from record to record goes in registers.
+   void writeBare( DescriptorId descriptor ) noexcept;
+   void writeShort( std::uint64_t site,
+                    std::uint64_t a,
+                    std::uint64_t b,
+                    std::uint64_t c,
+                    std::uint64_t d ) noexcept;
+   void writeReadingTheClock( std::uint64_t site,
+                              std::uint64_t a,
+                              std::uint64_t b,
+                              std::uint64_t c,
+                              std::uint64_t d ) noexcept;
+   void writeAlone( const Layout::Content & content ) noexcept;
    void writeLong( DescriptorId descriptor, std::span< const std::byte > arguments ) noexcept;
 
    std::size_t size_;

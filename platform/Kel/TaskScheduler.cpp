@@ -5,8 +5,9 @@
 #include "platform/Vex/Clock.h"
 #include "platform/Vex/Ptr.h"
 
-#include <algorithm>
-#include <utility>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
 
 namespace Kel {
 
@@ -23,11 +24,104 @@ const Vex::Type & TaskScheduler::fwkType() const noexcept {
    return staticFwkType();
 }
 
+// The inner steps first, and inline: as functions that the library exports they would be called
+// one by one.
+
+// Without a jump: which of two entries is first is anybody's guess, and a wrong one costs more than
+// both comparisons.
+inline bool TaskScheduler::before( const Entry & a, const Entry & b ) noexcept {
+   const auto earlier = static_cast< unsigned >( a.due.value() < b.due.value() );
+   const auto later = static_cast< unsigned >( b.due.value() < a.due.value() );
+   const auto scheduledBefore = static_cast< unsigned >( a.order < b.order );
+   return ( earlier | ( ( later ^ 1U ) & scheduledBefore ) ) != 0;
+}
+
+inline std::size_t TaskScheduler::leastChild( std::size_t first ) const noexcept {
+   const auto least = [ this ]( std::size_t a, std::size_t b ) {
+      return a + ( b - a ) * static_cast< std::size_t >( before( heap_[ b ], heap_[ a ] ) );
+   };
+   if ( first + fanOut <= heap_.size() ) {
+      return least( least( first, first + 1 ), least( first + 2, first + 3 ) );
+   }
+   std::size_t found = first;
+   for ( std::size_t child = first + 1; child < heap_.size(); ++child ) {
+      found = least( found, child );
+   }
+   return found;
+}
+
+inline void TaskScheduler::place( std::size_t at, const Entry & entry ) const noexcept {
+   heap_[ at ] = entry;
+   entry.task->heapPosition_ = at;
+}
+
+inline void TaskScheduler::siftUp( std::size_t at, const Entry & entry ) const noexcept {
+   while ( at > 0 ) {
+      const std::size_t parent = ( at - 1 ) / fanOut;
+      if ( !before( entry, heap_[ parent ] ) ) {
+         break;
+      }
+      place( at, heap_[ parent ] );
+      at = parent;
+   }
+   place( at, entry );
+}
+
+inline void TaskScheduler::siftDown( std::size_t at, const Entry & entry ) const noexcept {
+   for ( std::size_t child = at * fanOut + 1; child < heap_.size(); child = at * fanOut + 1 ) {
+      const std::size_t least = leastChild( child );
+      if ( !before( heap_[ least ], entry ) ) {
+         break;
+      }
+      place( at, heap_[ least ] );
+      at = least;
+   }
+   place( at, entry );
+}
+
+inline void TaskScheduler::remove( std::size_t at ) const noexcept {
+   const Entry gap = heap_[ at ];
+   const Entry last = heap_.back();
+   gap.task->heapPosition_ = TimerTask::unplaced;
+   heap_.pop_back();
+   if ( at == heap_.size() ) {
+      return;
+   }
+   if ( before( last, gap ) ) {
+      siftUp( at, last );
+   } else {
+      siftDown( at, last );
+   }
+}
+
+void TaskScheduler::cancel( TimerTask & task ) noexcept {
+   if ( task.due_ != Vex::Seconds::infinity() ) {
+      task.due_ = Vex::Seconds::infinity();
+      --scheduled_;
+   }
+}
+
+// Puts the heap right until its first entry says the truth, which makes it the first of all.
+inline void TaskScheduler::settleFirst() const noexcept {
+   while ( !heap_.empty() ) {
+      TimerTask & task = *heap_.front().task;
+      if ( task.due_ == Vex::Seconds::infinity() ) {
+         remove( 0 );
+      } else if ( heap_.front().order != task.order_ ) {
+         task.placedDue_ = task.due_;
+         siftDown( 0, { task.due_, task.order_, &task } );
+      } else {
+         return;
+      }
+   }
+}
+
 TaskScheduler::~TaskScheduler() {
-   VEX_ASSERT( heap_.empty() ); // a scheduled task would have held us
+   VEX_ASSERT( heap_.empty() ); // a task would have held us
 }
 
 std::optional< Vex::Seconds > TaskScheduler::nextDue() const noexcept {
+   settleFirst();
    return heap_.empty() ? std::nullopt : std::optional( heap_.front().due );
 }
 
@@ -36,7 +130,9 @@ std::size_t TaskScheduler::runDue() {
    const Vex::Seconds now = Vex::now();
    const std::uint64_t firstLater = nextOrder_;
    std::size_t ran = 0;
-   while ( !heap_.empty() && heap_.front().due <= now && heap_.front().order < firstLater ) {
+   for ( settleFirst();
+         !heap_.empty() && heap_.front().due <= now && heap_.front().order < firstLater;
+         settleFirst() ) {
       const Vex::Ptr< TimerTask > task( heap_.front().task );
       cancel( *task );
       task->run();
@@ -52,80 +148,28 @@ void TaskScheduler::taskAdd() {
    ++tasks_;
 }
 
+void TaskScheduler::taskDel( TimerTask & task ) noexcept {
+   cancel( task );
+   if ( task.heapPosition_ != TimerTask::unplaced ) {
+      remove( task.heapPosition_ );
+   }
+   --tasks_;
+}
+
 void TaskScheduler::schedule( TimerTask & task, Vex::Seconds due ) noexcept {
-   if ( task.heapPosition_ == TimerTask::unscheduled ) {
+   if ( task.due_ == Vex::Seconds::infinity() ) {
+      ++scheduled_;
+   }
+   task.due_ = due;
+   task.order_ = nextOrder_++;
+   if ( task.heapPosition_ == TimerTask::unplaced ) {
       heap_.push_back( {} );
-      siftUp( heap_.size() - 1, { due, nextOrder_++, &task } );
-      return;
+      task.placedDue_ = due;
+      siftUp( heap_.size() - 1, { due, task.order_, &task } );
+   } else if ( due < task.placedDue_ ) {
+      task.placedDue_ = due;
+      siftUp( task.heapPosition_, { due, task.order_, &task } );
    }
-   const std::size_t at = task.heapPosition_;
-   const Entry entry{ due, nextOrder_++, &task };
-   if ( before( entry, heap_[ at ] ) ) {
-      siftUp( at, entry );
-   } else {
-      siftDown( at, entry );
-   }
-}
-
-void TaskScheduler::cancel( TimerTask & task ) noexcept {
-   const std::size_t at = std::exchange( task.heapPosition_, TimerTask::unscheduled );
-   if ( at == TimerTask::unscheduled ) {
-      return;
-   }
-   const Entry gap = heap_[ at ];
-   const Entry last = heap_.back();
-   heap_.pop_back();
-   if ( at == heap_.size() ) {
-      return;
-   }
-   if ( before( last, gap ) ) {
-      siftUp( at, last );
-   } else {
-      siftDown( at, last );
-   }
-}
-
-bool TaskScheduler::before( const Entry & a, const Entry & b ) noexcept {
-   return a.due != b.due ? a.due < b.due : a.order < b.order;
-}
-
-void TaskScheduler::place( std::size_t at, const Entry & entry ) noexcept {
-   heap_[ at ] = entry;
-   entry.task->heapPosition_ = at;
-}
-
-void TaskScheduler::siftUp( std::size_t at, const Entry & entry ) noexcept {
-   while ( at > 0 ) {
-      const std::size_t parent = ( at - 1 ) / fanOut;
-      if ( !before( entry, heap_[ parent ] ) ) {
-         break;
-      }
-      place( at, heap_[ parent ] );
-      at = parent;
-   }
-   place( at, entry );
-}
-
-void TaskScheduler::siftDown( std::size_t at, const Entry & entry ) noexcept {
-   for ( ;; ) {
-      const std::size_t firstChild = at * fanOut + 1;
-      if ( firstChild >= heap_.size() ) {
-         break;
-      }
-      const std::size_t endOfChildren = std::min( firstChild + fanOut, heap_.size() );
-      std::size_t least = firstChild;
-      for ( std::size_t child = firstChild + 1; child < endOfChildren; ++child ) {
-         if ( before( heap_[ child ], heap_[ least ] ) ) {
-            least = child;
-         }
-      }
-      if ( !before( heap_[ least ], entry ) ) {
-         break;
-      }
-      place( at, heap_[ least ] );
-      at = least;
-   }
-   place( at, entry );
 }
 
 } // namespace Kel

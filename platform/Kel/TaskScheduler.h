@@ -15,7 +15,9 @@
 // Re-entrancy: a running task may schedule, cancel or destroy itself and others, and drop the
 // scheduler. What it schedules runs in a later runDue(), however soon it is due, so that a task
 // that re-arms itself without a delay cannot starve the agent's other events.
-// Cost: scheduling, cancelling and running one of n tasks takes O(log n).
+// Cost: scheduling and running one of n tasks takes O(log n). Putting a scheduled task off, and
+// cancelling, writes to the task alone; the heap is put right when the task comes up, in O(log n),
+// once however often it was put off.
 // Errors: a task has its place from its creation on, so that scheduling needs no memory and cannot
 // fail. What a task's run throws leaves runDue(); what else is due then runs in the next.
 
@@ -48,12 +50,14 @@ class VEX_EXPORT TaskScheduler final : public Vex::Object {
    std::size_t runDue();
 
    /// How many tasks are scheduled.
-   std::size_t scheduled() const noexcept { return heap_.size(); }
+   std::size_t scheduled() const noexcept { return scheduled_; }
 
  private:
    friend class TimerTask;
 
    // A four-way heap: half the levels of a two-way one, and siblings share a cache line or two.
+   // A task has at most one entry. It says when the task is due, or, where the task was put off or
+   // cancelled since, a moment before that: the task itself has the truth.
    struct Entry {
       Vex::Seconds due;
       std::uint64_t order = 0; // of scheduling
@@ -63,16 +67,20 @@ class VEX_EXPORT TaskScheduler final : public Vex::Object {
    ~TaskScheduler() override;
 
    void taskAdd();
-   void taskDel() noexcept { --tasks_; }
+   void taskDel( TimerTask & task ) noexcept;
    void schedule( TimerTask & task, Vex::Seconds due ) noexcept;
    void cancel( TimerTask & task ) noexcept;
+   void settleFirst() const noexcept;
+   void remove( std::size_t at ) const noexcept;
    static bool before( const Entry & a, const Entry & b ) noexcept;
-   void place( std::size_t at, const Entry & entry ) noexcept;
-   void siftUp( std::size_t at, const Entry & entry ) noexcept;
-   void siftDown( std::size_t at, const Entry & entry ) noexcept;
+   std::size_t leastChild( std::size_t first ) const noexcept;
+   void place( std::size_t at, const Entry & entry ) const noexcept;
+   void siftUp( std::size_t at, const Entry & entry ) const noexcept;
+   void siftDown( std::size_t at, const Entry & entry ) const noexcept;
 
-   std::vector< Entry > heap_; // with room for all tasks
+   mutable std::vector< Entry > heap_; // with room for all tasks; put right when it is looked at
    std::size_t tasks_ = 0; // that there are, scheduled or not
+   std::size_t scheduled_ = 0;
    std::uint64_t nextOrder_ = 0;
 };
 

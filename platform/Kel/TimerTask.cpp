@@ -29,8 +29,7 @@ TimerTask::TimerTask( Vex::Ptr< TaskScheduler > scheduler, TaskPriority priority
 }
 
 TimerTask::~TimerTask() {
-   scheduler_->cancel( *this );
-   scheduler_->taskDel();
+   scheduler_->taskDel( *this );
 }
 
 void TimerTask::scheduleTaskDelay( Vex::Seconds delay ) {
@@ -50,11 +49,6 @@ void TimerTask::arm( Vex::Seconds due ) {
    } else {
       scheduler_->schedule( *this, due );
    }
-}
-
-Vex::Seconds TimerTask::due() const noexcept {
-   return heapPosition_ == unscheduled ? Vex::Seconds::infinity()
-                                       : scheduler_->heap_[ heapPosition_ ].due;
 }
 
 void TimerTask::run() {

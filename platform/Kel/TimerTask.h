@@ -42,14 +42,14 @@ class VEX_EXPORT TimerTask final : public Vex::Entity< TimerTaskAttribute > {
    void scheduleTaskAt( Vex::Seconds due );
 
    /// The moment of the scheduled run; infinity when none is scheduled.
-   Vex::Seconds due() const noexcept;
+   Vex::Seconds due() const noexcept { return due_; }
 
    /// True while the notification of a run is being delivered.
    bool taskCurrentlyRunning() const noexcept { return running_; }
 
  private:
    friend class TaskScheduler;
-   static constexpr std::size_t unscheduled = std::numeric_limits< std::size_t >::max();
+   static constexpr std::size_t unplaced = std::numeric_limits< std::size_t >::max();
 
    ~TimerTask() override;
 
@@ -57,8 +57,13 @@ class VEX_EXPORT TimerTask final : public Vex::Entity< TimerTaskAttribute > {
    void run();
 
    Vex::Ptr< TaskScheduler > scheduler_;
+   // Kept by the scheduler, and side by side: putting a task off touches nothing else.
+   Vex::Seconds due_ = Vex::Seconds::infinity();
+   Vex::Seconds placedDue_; // what the entry in the heap says
+   std::uint64_t order_ = 0; // of the latest scheduling
+   std::size_t heapPosition_ = unplaced;
+
    Vex::String name_;
-   std::size_t heapPosition_ = unscheduled; // kept by the scheduler
    TaskPriority priority_;
    bool running_ = false;
 };

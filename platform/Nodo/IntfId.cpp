@@ -2,7 +2,8 @@
 
 #include <array>
 #include <atomic>
-#include <bit>
+#include <compare>
+#include <cstddef>
 #include <map>
 #include <mutex>
 #include <ostream>
@@ -12,11 +13,33 @@ namespace Nodo {
 
 namespace {
 
-// Texts by number, in blocks that double in size and never move, so that reading takes no lock:
-// block b holds the numbers 2^b - 1 to 2^(b+1) - 2.
+// The name of no interface, which needs no initialization and is never destroyed: identifiers may
+// be read while static objects come and go.
+union NoName {
+   constexpr NoName() noexcept : name() {}
+   NoName( const NoName & ) = delete;
+   NoName & operator=( const NoName & ) = delete;
+   NoName( NoName && ) = delete;
+   NoName & operator=( NoName && ) = delete;
+   constexpr ~NoName() {} // NOLINT(modernize-use-equals-default): that would be deleted
+
+   InternedName name;
+};
+constinit NoName noName;
+
+} // namespace
+
+namespace Detail {
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables,*-union-access)
+constinit std::array< std::atomic< InternedName * >, nameBlocks > names{ &noName.name };
+} // namespace Detail
+
+namespace {
+
+// Which text has which number.
 class InternedTexts {
  public:
-   InternedTexts() { add( Vex::String() ); }
+   InternedTexts() { numbers_.emplace( internedName( 0 ).text, 0 ); }
 
    std::uint64_t number( const Vex::String & text ) {
       const std::lock_guard lock( mutex_ );
@@ -24,39 +47,28 @@ class InternedTexts {
       return known != numbers_.end() ? known->second : add( text );
    }
 
-   const Vex::String & text( std::uint64_t number ) const noexcept {
-      const unsigned block = blockOf( number );
-      return blocks_.at( block ).load( std::memory_order_acquire )[ number + 1 - firstOf( block ) ];
-   }
-
  private:
-   static unsigned blockOf( std::uint64_t number ) noexcept {
-      return static_cast< unsigned >( std::bit_width( number + 1 ) ) - 1;
-   }
-   static std::uint64_t firstOf( unsigned block ) noexcept { return std::uint64_t{ 1 } << block; }
-
    std::uint64_t add( const Vex::String & text ) {
       const std::uint64_t number = count_;
-      const unsigned block = blockOf( number );
-      Vex::String * texts = blocks_.at( block ).load( std::memory_order_relaxed );
-      if ( texts == nullptr ) {
-         texts = new Vex::String[ firstOf( block ) ]; // lives as long as the process
-         blocks_.at( block ).store( texts, std::memory_order_release );
+      const unsigned block = Detail::nameBlockOf( number );
+      InternedName * names = Detail::names.at( block ).load( std::memory_order_relaxed );
+      if ( names == nullptr ) {
+         names = new InternedName[ Detail::namesIn( block ) ]; // lives as long as the process
+         Detail::names.at( block ).store( names, std::memory_order_release );
       }
-      Vex::String & place = texts[ number + 1 - firstOf( block ) ];
-      place = text;
-      numbers_.emplace( place, number );
+      InternedName & place = names[ number + 1 - Detail::namesIn( block ) ];
+      place.textIs( text );
+      numbers_.emplace( place.text, number );
       ++count_;
       return number;
    }
 
    std::mutex mutex_; // guards all but the blocks' addresses
-   std::uint64_t count_ = 0;
-   std::array< std::atomic< Vex::String * >, 48 > blocks_{};
+   std::uint64_t count_ = 1;
    std::map< std::string_view, std::uint64_t > numbers_; // keys: the texts in the blocks
 };
 
-// Never destroyed: identifiers may be read while static objects are being destroyed.
+// Never destroyed: identifiers may be made while static objects are being destroyed.
 InternedTexts & interned() {
    static auto * const instance = new InternedTexts;
    return *instance;
@@ -98,10 +110,6 @@ std::strong_ordering compareRuns( std::string_view a, std::string_view b ) noexc
 
 void IntfId::handleInitialized( const Vex::String & text ) {
    value_ = interned().number( text );
-}
-
-const Vex::String & IntfId::stringValue() const noexcept {
-   return interned().text( value_ );
 }
 
 std::strong_ordering operator<=>( IntfId a, IntfId b ) noexcept {

@@ -7,6 +7,7 @@
 // Ownership: the interned texts live once in the process, and as long as it.
 // Threading: identifiers may be made and read on any thread.
 
+#include "platform/Nodo/InternedName.h"
 #include "platform/Vex/Export.h"
 #include "platform/Vex/String.h"
 
@@ -27,7 +28,9 @@ class VEX_EXPORT IntfId {
    void handleInitialized( const Vex::String & text );
 
    /// The text form; the reference stays valid.
-   const Vex::String & stringValue() const noexcept;
+   const Vex::String & stringValue() const noexcept { return name().text; }
+   /// The text and how it stands in a record; the reference stays valid.
+   const InternedName & name() const noexcept { return internedName( value_ ); }
 
    constexpr std::uint64_t value() const noexcept { return value_; }
 

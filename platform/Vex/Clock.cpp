@@ -1,19 +1,27 @@
 #include "platform/Vex/Clock.h"
 
 #include "platform/Vex/Assert.h"
+#include "platform/Vex/EventClock.h"
 
 #include <atomic>
-#include <chrono>
+#include <ctime>
 
 namespace Vex {
+
+namespace Detail {
+EventClock eventClock; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+} // namespace Detail
 
 namespace {
 
 std::atomic< const Clock * > current{ nullptr };
 
 Seconds monotonicNow() noexcept {
-   const auto sinceBoot = std::chrono::steady_clock::now().time_since_epoch();
-   return Seconds( std::chrono::duration< double >( sinceBoot ).count() );
+   timespec time{};
+   clock_gettime( CLOCK_MONOTONIC, &time );
+   // Both parts are rounded to the nearest, and so is the sum: it never goes back.
+   return Seconds( static_cast< double >( time.tv_sec ) +
+                   1e-9 * static_cast< double >( time.tv_nsec ) );
 }
 
 } // namespace
@@ -23,6 +31,7 @@ Clock::~Clock() = default;
 void VirtualClock::jumpTo( Seconds time ) {
    VEX_ASSERT( time >= now_ );
    now_ = time;
+   Detail::forgetEventTime();
 }
 
 Seconds now() noexcept {
@@ -31,7 +40,17 @@ Seconds now() noexcept {
 }
 
 const Clock * clockIs( const Clock * clock ) noexcept {
+   Detail::forgetEventTime();
    return current.exchange( clock, std::memory_order_acq_rel );
+}
+
+Seconds Detail::readEventClock() noexcept {
+   const Seconds time = now();
+   if ( pointerMode() == PointerMode::plain && eventClock.notifications != 0 ) {
+      eventClock.time = time;
+      eventClock.left = callersPerClockRead - 1;
+   }
+   return time;
 }
 
 } // namespace Vex

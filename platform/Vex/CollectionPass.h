@@ -8,11 +8,16 @@
 
 namespace Vex {
 
-template < class Collection, class Projection >
+struct AnyEntry {
+   bool operator()( const auto & /* entry */ ) const noexcept { return true; }
+};
+
+/// Visits what `Wanted` accepts.
+template < class Collection, class Projection, class Wanted = AnyEntry >
 class CollectionPass {
  public:
-   explicit CollectionPass( const Collection & collection ) noexcept
-       : collection_( collection ), end_( collection.entries_.used() ) {
+   explicit CollectionPass( const Collection & collection, Wanted wanted = Wanted() ) noexcept
+       : collection_( collection ), wanted_( wanted ), end_( collection.entries_.used() ) {
       ++collection_.passes_;
    }
    CollectionPass( const CollectionPass & ) = delete;
@@ -28,14 +33,12 @@ class CollectionPass {
 
    class Iterator {
     public:
-      Iterator( const Collection & collection, std::uint32_t end ) noexcept
-          : collection_( collection ), end_( end ) {
-         skipHoles();
-      }
+      Iterator( const Collection & collection, std::uint32_t end, Wanted wanted ) noexcept
+          : collection_( collection ), wanted_( wanted ),
+            at_( collection.entries_.next( 0, end, wanted ) ), end_( end ) {}
       auto operator*() const { return Projection()( collection_.entries_[ at_ ] ); }
       Iterator & operator++() noexcept {
-         ++at_;
-         skipHoles();
+         at_ = collection_.entries_.next( at_ + 1, end_, wanted_ );
          return *this;
       }
       friend bool operator==( const Iterator & iterator, End /* end */ ) noexcept {
@@ -43,22 +46,18 @@ class CollectionPass {
       }
 
     private:
-      void skipHoles() noexcept {
-         while ( at_ != end_ && !collection_.entries_.live( at_ ) ) {
-            ++at_;
-         }
-      }
-
       const Collection & collection_;
-      std::uint32_t at_ = 0;
+      [[no_unique_address]] Wanted wanted_;
+      std::uint32_t at_;
       std::uint32_t end_; // what is inserted behind it during the pass is not visited
    };
 
-   Iterator begin() const noexcept { return Iterator( collection_, end_ ); }
+   Iterator begin() const noexcept { return Iterator( collection_, end_, wanted_ ); }
    End end() const noexcept { return {}; }
 
  private:
    const Collection & collection_;
+   [[no_unique_address]] Wanted wanted_;
    std::uint32_t end_;
 };
 

@@ -23,13 +23,19 @@
 // - drop the last reference to the entity, to itself or to other notifiees: an entity whose
 //   notifiees left, and a notifiee that lost its last reference, live until the delivery under way
 //   has returned.
+// Layout: most entities have one notifiee, so there is room for one in the entity itself; only the
+// second takes memory. Leaving takes none and cannot fail.
 
 #include "platform/Vex/Assert.h"
+#include "platform/Vex/EventClock.h"
+#include "platform/Vex/Notifiee.h"
 #include "platform/Vex/Object.h"
 #include "platform/Vex/Ptr.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -38,32 +44,6 @@ namespace Vex {
 /// The key of entities none of whose attributes has one.
 struct NoKey {
    friend bool operator==( NoKey, NoKey ) = default;
-};
-
-/// What every notifiee has, whatever it watches: the two marks that its guards read. Delivery does
-/// not look at them: each notifiee's own guards stand where its attributes are told apart.
-class VEX_EXPORT NotifieeBase : public Object {
- public:
-   bool hasNotificationActive() const noexcept { return notificationActive_; }
-   virtual void hasNotificationActiveIs( bool active ) { notificationActive_ = active; }
-
-   /// True: a zombie, marked for deletion.
-   bool markedForDeletion() const noexcept { return markedForDeletion_; }
-   virtual void vexDoZombieReactors( bool zombie ) { markedForDeletion_ = zombie; }
-
- protected:
-   NotifieeBase() noexcept = default;
-
- private:
-   bool notificationActive_ = false;
-   bool markedForDeletion_ = false;
-};
-
-/// The receiving end of notifications with this kind of attribute and key.
-template < class AttributeType, class KeyType >
-class VEX_EXPORT Notifiee : public NotifieeBase {
- public:
-   virtual void onAttribute( AttributeType attribute, const KeyType & key ) = 0;
 };
 
 template < class AttributeType, class KeyType = NoKey >
@@ -75,44 +55,56 @@ class VEX_EXPORT Entity : public Object {
 
    /// How many notifiees are registered.
    std::size_t notifiees() const noexcept {
-      return receivers_.size() -
-             static_cast< std::size_t >( std::ranges::count( receivers_, nullptr ) );
+      std::ptrdiff_t count = first_ != nullptr ? 1 : 0;
+      if ( others_ ) {
+         count +=
+            std::ranges::count_if( *others_, []( auto * other ) { return other != nullptr; } );
+      }
+      return static_cast< std::size_t >( count );
    }
 
    // Registration is the business of ConstNotifiee, which pairs the two.
    void notifieeAdd( Receiver & receiver ) const {
-      if ( departed_.capacity() <= receivers_.size() ) {
-         departed_.reserve( 2 * receivers_.size() + 1 ); // so that leaving needs no memory
+      if ( first_ == nullptr && ( !others_ || others_->empty() ) ) {
+         first_ = &receiver; // a delivery under way is past the first
+         return;
       }
-      receivers_.push_back( &receiver );
+      if ( !others_ ) {
+         others_ = std::make_unique< std::vector< Receiver * > >();
+      }
+      others_->push_back( &receiver );
    }
    // `dying`: the destructor runs already, as when a constructor throws, and nothing can be kept.
    void notifieeDel( Receiver & receiver, bool dying = false ) const noexcept {
-      const auto slot = std::ranges::find( receivers_, &receiver );
-      VEX_ASSERT( slot != receivers_.end() );
+      place( receiver ) = nullptr;
       if ( deliveries_ == 0 ) {
-         receivers_.erase( slot );
+         closeGaps();
          return;
       }
-      *slot = nullptr;
-      if ( !dying ) {
-         departed_.emplace_back( &receiver );
+      if ( ( deliveries_ & somebodyLeft ) == 0 ) {
+         deliveries_ |= somebodyLeft;
+         static_cast< void >( Ptr< const Object >( this ).leak() ); // farewell() drops it
       }
-      self_ = Ptr< const Object >( this );
+      if ( !dying ) {
+         departed_.add( receiver );
+      }
    }
 
  protected:
-   ~Entity() override { VEX_ASSERT( receivers_.empty() ); }
+   ~Entity() override { VEX_ASSERT( notifiees() == 0 ); }
 
    /// Tells the notifiees; the last thing that a mutator does.
    void notify( Attribute attribute, const Key & key = Key() ) const {
-      const std::size_t registered = receivers_.size();
-      if ( registered == 0 ) {
+      if ( first_ == nullptr && !others_ ) {
          return;
       }
       const Delivery delivery( *this );
-      for ( std::size_t at = 0; at < registered; ++at ) {
-         if ( Receiver * const receiver = receivers_[ at ]; receiver != nullptr ) {
+      const std::size_t others = others_ ? others_->size() : 0; // later ones hear of later changes
+      if ( Receiver * const receiver = first_; receiver != nullptr ) {
+         receiver->onAttribute( attribute, key );
+      }
+      for ( std::size_t at = 0; at < others; ++at ) {
+         if ( Receiver * const receiver = ( *others_ )[ at ]; receiver != nullptr ) {
             receiver->onAttribute( attribute, key );
          }
       }
@@ -122,43 +114,75 @@ class VEX_EXPORT Entity : public Object {
    class Delivery {
     public:
       explicit Delivery( const Entity & entity ) noexcept : entity_( entity ) {
-         ++entity_.deliveries_;
+         entity_.deliveries_ += oneDelivery;
       }
       Delivery( const Delivery & ) = delete;
       Delivery & operator=( const Delivery & ) = delete;
       Delivery( Delivery && ) = delete;
       Delivery & operator=( Delivery && ) = delete;
       ~Delivery() {
-         if ( entity_.deliveries_ == 1 && entity_.self_ ) {
-            entity_.farewell();
+         if ( entity_.deliveries_ == oneDelivery ) [[likely]] {
+            entity_.deliveries_ = 0; // stored as it is, so that the next delivery waits for nothing
          } else {
-            --entity_.deliveries_;
+            entity_.endDelivery();
          }
       }
 
     private:
+      EventScope event_; // ends last, behind the farewell
       const Entity & entity_;
    };
 
-   // Ends the outermost delivery: lets go of those that left, closes the gaps, and lets go last of
-   // this entity itself, so nothing may follow. Whoever dies here may set off further deliveries
-   // and departures; they still count as nested, so this loop comes to them and the room lasts.
-   void farewell() const noexcept {
-      // By index, because the departed may have more to follow them.
-      // NOLINTNEXTLINE(modernize-loop-convert)
-      for ( std::size_t at = 0; at < departed_.size(); ++at ) {
-         departed_[ at ].release();
+   // Ends a delivery that is a nested one, or that somebody left. Not inline, so that the end of
+   // the usual one is.
+   [[gnu::noinline]] void endDelivery() const noexcept {
+      if ( deliveries_ == ( oneDelivery | somebodyLeft ) ) {
+         farewell();
+      } else {
+         deliveries_ -= oneDelivery;
       }
-      departed_.clear();
-      std::erase( receivers_, nullptr );
-      deliveries_ = 0;
-      const auto self = std::exchange( self_, nullptr );
    }
 
-   mutable std::vector< Receiver * > receivers_; // null: left during the delivery under way
-   mutable std::vector< Ptr< const Object > > departed_; // left during it, kept until its end
-   mutable Ptr< const Object > self_; // set when somebody left: the last one may have kept us alive
-   mutable std::size_t deliveries_ = 0; // nested ones counted
+   // Ends the outermost delivery: lets go of those that left, closes the gaps, and lets go last of
+   // this entity itself, so nothing may follow. Whoever dies here may set off further deliveries
+   // and departures; they still count as nested.
+   void farewell() const noexcept {
+      const auto self = Ptr< const Object >::adopt( this );
+      departed_.release();
+      closeGaps();
+      deliveries_ = 0;
+   }
+
+   // Where the notifiee is entered, which it has to be.
+   Receiver *& place( const Receiver & receiver ) const noexcept {
+      if ( first_ == &receiver ) {
+         return first_;
+      }
+      VEX_ASSERT( others_ );
+      const auto found = std::ranges::find( *others_, &receiver );
+      VEX_ASSERT( found != others_->end() );
+      return *found;
+   }
+   void closeGaps() const noexcept {
+      if ( others_ ) {
+         std::erase( *others_, nullptr );
+         if ( first_ == nullptr && !others_->empty() ) {
+            first_ = others_->front();
+            others_->erase( others_->begin() );
+         }
+      }
+   }
+
+   // Both in one number, so that the end of a delivery is one test: the deliveries under way,
+   // nested ones counted, and whether somebody left during them. From then on until farewell() the
+   // entity has a reference to itself: those that left may have been the last to hold it.
+   static constexpr std::uint32_t somebodyLeft = 1;
+   static constexpr std::uint32_t oneDelivery = 2;
+   mutable std::uint32_t deliveries_ = 0;
+   // Null: left during the delivery under way. At rest the first is null only where there is none.
+   mutable Receiver * first_ = nullptr;
+   mutable std::unique_ptr< std::vector< Receiver * > > others_; // in order, behind the first
+   mutable DepartedNotifiees departed_;
 };
 
 /// Watches one entity at a time, or none, through a read-only reference.

@@ -47,6 +47,28 @@ class EntryStore {
    bool live( std::uint32_t at ) const noexcept {
       return ( live_[ at / wordBits ] >> at % wordBits & 1U ) != 0;
    }
+   /// The first live position from `at` on whose entry is `wanted`; `end` where there is none. Looks
+   /// at 64 marks at a time, and runs over entries side by side at memory speed.
+   template < class Wanted >
+   std::uint32_t next( std::uint32_t at, std::uint32_t end, const Wanted & wanted ) const noexcept {
+      while ( at < end ) {
+         const std::uint64_t marks = live_[ at / wordBits ] >> at % wordBits;
+         if ( marks == 0 ) {
+            at = ( at / wordBits + 1 ) * wordBits;
+            continue;
+         }
+         const auto holes = static_cast< std::uint32_t >( std::countr_zero( marks ) );
+         const auto run = static_cast< std::uint32_t >( std::countr_one( marks >> holes ) );
+         at += holes;
+         const std::uint32_t endOfRun = std::min( end, at + run );
+         for ( const Entry * entry = &( *this )[ at ]; at < endOfRun; ++at, ++entry ) {
+            if ( wanted( *entry ) ) {
+               return at;
+            }
+         }
+      }
+      return end;
+   }
    void makeHole( std::uint32_t at ) noexcept {
       live_[ at / wordBits ] &= ~( std::uint64_t{ 1 } << at % wordBits );
    }
@@ -89,7 +111,7 @@ class EntryStore {
 
    static constexpr std::uint32_t chunkBytes = 16 * 1024;
    static constexpr std::uint32_t wordBits = 64;
-   // At least a word of marks, whatever an entry takes.
+   // At least a word of marks, whatever an entry takes, so that no word spans two chunks.
    static constexpr std::uint32_t chunkEntries = std::max< std::uint32_t >(
       wordBits, std::bit_floor( static_cast< std::uint32_t >( chunkBytes / sizeof( Entry ) ) ) );
    static constexpr std::uint32_t firstCapacity = 4;

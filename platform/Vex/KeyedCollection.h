@@ -114,12 +114,18 @@ class KeyMap {
    CollectionPass< KeyMap, ToKey > keys() const noexcept {
       return CollectionPass< KeyMap, ToKey >( *this );
    }
+   /// One pass over the keys that `wanted` accepts, which sees keys and changes nothing.
+   template < class Wanted >
+   auto keysWhere( Wanted wanted ) const noexcept {
+      const auto accepts = [ wanted ]( const Entry & entry ) { return wanted( entry.key ); };
+      return CollectionPass< KeyMap, ToKey, decltype( accepts ) >( *this, accepts );
+   }
    CollectionPass< KeyMap, ToEntry > entries() const noexcept {
       return CollectionPass< KeyMap, ToEntry >( *this );
    }
 
  private:
-   template < class Collection, class Projection >
+   template < class Collection, class Projection, class Wanted >
    friend class CollectionPass;
 
    static constexpr std::uint32_t none = PositionIndex::none;
@@ -132,12 +138,9 @@ class KeyMap {
 
    Place place( const Key & key ) const noexcept {
       if ( index_.empty() ) {
-         for ( std::uint32_t at = 0; at < entries_.used(); ++at ) {
-            if ( entries_[ at ].key == key && entries_.live( at ) ) {
-               return { at, none };
-            }
-         }
-         return { none, none };
+         const std::uint32_t at = entries_.next(
+            0, entries_.used(), [ & ]( const Entry & entry ) { return entry.key == key; } );
+         return { at != entries_.used() ? at : none, none };
       }
       const std::uint32_t slot = index_.find(
          key.hash(), [ & ]( std::uint32_t position ) { return entries_[ position ].key == key; } );

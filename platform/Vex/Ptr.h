@@ -45,7 +45,7 @@ class Ptr {
    Ptr( Ptr< U > && other ) noexcept // NOLINT(google-explicit-constructor): up-conversion
        : object_( other.leak() ) {}
 
-   ~Ptr() { release(); }
+   constexpr ~Ptr() { release(); } // a constant null needs no clean-up when the process ends
 
    Ptr & operator=( const Ptr & other ) noexcept {
       Ptr( other ).swap( *this );
@@ -66,7 +66,7 @@ class Ptr {
    /// Gives the reference up without dropping the count; the caller owes the drop.
    [[nodiscard]] T * leak() noexcept { return std::exchange( object_, nullptr ); }
 
-   void release() noexcept {
+   constexpr void release() noexcept {
       if ( T * const object = std::exchange( object_, nullptr ); object != nullptr ) {
          object->referenceDrop();
       }

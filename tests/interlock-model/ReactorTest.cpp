@@ -39,6 +39,17 @@ TEST_F( AReactor, IsCreatedForAnInputThatWasGiven ) {
    EXPECT_EQ( sm->left.notifier(), left );
 }
 
+TEST_F( AReactor, LooksAtItsEntityWithoutTakingAReference ) {
+   sm->left.create( left );
+   const auto references = left->referenceCount();
+   const auto & watched = sm->left.notifier();
+   EXPECT_EQ( watched, left );
+   EXPECT_EQ( left->referenceCount(), references );
+   const auto right = lamp( "right" );
+   sm->left.reactor()->notifierIs( right );
+   EXPECT_EQ( watched, right );
+}
+
 TEST_F( AReactor, MayWatchNothing ) {
    sm->left.create( nullptr );
    EXPECT_NE( sm->left.reactor(), nullptr );

@@ -12,6 +12,7 @@ Basic< RingType >::Basic( PairSet & input, Members & members, MlagInputs & mlag,
 
 template < class RingType >
 void Basic< RingType >::inputIs( const Pair & pair ) {
+   const Event event( ring_ );
    if ( input_.insert( pair ) ) {
       handleIntfFeature( pair );
    }
@@ -19,6 +20,7 @@ void Basic< RingType >::inputIs( const Pair & pair ) {
 
 template < class RingType >
 void Basic< RingType >::inputDel( const Pair & pair ) {
+   const Event event( ring_ );
    if ( input_.erase( pair ) ) {
       handleIntfFeature( pair );
    }
@@ -26,6 +28,7 @@ void Basic< RingType >::inputDel( const Pair & pair ) {
 
 template < class RingType >
 void Basic< RingType >::memberIs( const Pair & pair ) {
+   const Event event( ring_ );
    if ( members_.insert( pair ) ) {
       handleMember( pair );
    }
@@ -33,6 +36,7 @@ void Basic< RingType >::memberIs( const Pair & pair ) {
 
 template < class RingType >
 void Basic< RingType >::memberDel( const Pair & pair ) {
+   const Event event( ring_ );
    if ( members_.erase( pair ) ) {
       handleMember( pair );
    }
@@ -40,6 +44,7 @@ void Basic< RingType >::memberDel( const Pair & pair ) {
 
 template < class RingType >
 void Basic< RingType >::mlagStateIs( std::uint8_t state ) {
+   const Event event( ring_ );
    if ( mlag_.state != state ) {
       mlag_.state = state;
       ring_( Site::handleMlagState );
@@ -95,6 +100,7 @@ void Basic< RingType >::handleAllLags() {
 }
 
 template class Basic< Ring >;
+template class Basic< ClockedRing >;
 template class Basic< NoRing >;
 
 } // namespace Bench::Floor

@@ -1,9 +1,10 @@
 #pragma once
 
 // Interfaces of the floor: dense numbers, ports from 1 and LAGs from 1, so that every table is an
-// array. Names are looked up only for a record.
+// array. Names are looked up only for a record, and lie ready for that as the library's do.
 
 #include "bench/World.h"
+#include "platform/Nodo/InternedName.h"
 
 #include <cstdint>
 #include <string>
@@ -29,29 +30,30 @@ struct Pair {
 
 class Names {
  public:
-   static Names & instance() {
-      static Names names;
-      return names;
-   }
+   static Names & instance() noexcept { return names; }
    void reserve( std::size_t pairs ) {
       for ( std::size_t at = ports_.size(); at < pairs; ++at ) {
-         ports_.push_back( memberName( at ) );
+         ports_.emplace_back().textIs( memberName( at ) );
       }
       for ( std::size_t at = lags_.size(); at * membersPerLag < pairs; ++at ) {
-         lags_.push_back( lagName( at ) );
+         lags_.emplace_back().textIs( lagName( at ) );
       }
    }
-   const std::string & of( Intf intf ) const noexcept {
+   const Nodo::InternedName & of( Intf intf ) const noexcept {
       return ( intf.number % 2 == 0 ? ports_ : lags_ )[ intf.index() ];
    }
 
  private:
-   std::vector< std::string > ports_;
-   std::vector< std::string > lags_;
+   static Names names;
+
+   std::vector< Nodo::InternedName > ports_;
+   std::vector< Nodo::InternedName > lags_;
 };
 
+inline Names Names::names;
+
 inline const std::string & nameOf( Intf intf ) noexcept {
-   return Names::instance().of( intf );
+   return Names::instance().of( intf ).text;
 }
 
 } // namespace Bench::Floor

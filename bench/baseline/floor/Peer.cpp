@@ -16,6 +16,7 @@ Peer< RingType >::Peer( PairSet & input, Members & members, MlagInputs & mlag, O
 
 template < class RingType >
 void Peer< RingType >::inputIs( const Pair & pair ) {
+   const Event event( ring_ );
    if ( input_.insert( pair ) ) {
       ring_( Site::handleIntfFeature, pair.member, pair.lag );
       handleMember( pair );
@@ -24,6 +25,7 @@ void Peer< RingType >::inputIs( const Pair & pair ) {
 
 template < class RingType >
 void Peer< RingType >::inputDel( const Pair & pair ) {
+   const Event event( ring_ );
    if ( input_.erase( pair ) ) {
       ring_( Site::handleIntfFeature, pair.member, pair.lag );
       handleMember( pair );
@@ -32,6 +34,7 @@ void Peer< RingType >::inputDel( const Pair & pair ) {
 
 template < class RingType >
 void Peer< RingType >::memberIs( const Pair & pair ) {
+   const Event event( ring_ );
    if ( members_.insert( pair ) ) {
       handleMember( pair );
    }
@@ -39,6 +42,7 @@ void Peer< RingType >::memberIs( const Pair & pair ) {
 
 template < class RingType >
 void Peer< RingType >::memberDel( const Pair & pair ) {
+   const Event event( ring_ );
    if ( members_.erase( pair ) ) {
       handleMember( pair );
    }
@@ -46,6 +50,7 @@ void Peer< RingType >::memberDel( const Pair & pair ) {
 
 template < class RingType >
 void Peer< RingType >::mlagIntfIs( Intf lag, std::uint8_t local, std::uint8_t peer ) {
+   const Event event( ring_ );
    const std::size_t at = lag.index();
    if ( mlag_.localState[ at ] == local && mlag_.peerState[ at ] == peer && isMlagIntf( lag ) ) {
       return;
@@ -59,6 +64,7 @@ void Peer< RingType >::mlagIntfIs( Intf lag, std::uint8_t local, std::uint8_t pe
 
 template < class RingType >
 void Peer< RingType >::responseIs( Intf lag, std::uint32_t token ) {
+   const Event event( ring_ );
    Lag & entry = lags_[ lag.index() ];
    if ( entry.response == token ) {
       return;
@@ -82,6 +88,7 @@ void Peer< RingType >::runDue( double now ) {
       if ( lags_[ lag.index() ].deadline != deadline ) {
          continue; // it was answered
       }
+      const Event event( ring_ );
       ring_( Site::handleTimeout, lag );
       linkStateIs( lag, LinkState::linkFail );
       ring_( Site::timeoutOccurred, lag );

@@ -5,7 +5,23 @@
 
 namespace Bench::Floor {
 
+namespace {
+
+// What it is worth to read the clock once an event.
+void registerClockForEachRecord() {
+   for ( const std::int64_t size : sizes ) {
+      const Label label{ "basic", "floor-clock-each", true };
+      benchmark::RegisterBenchmark( label.name( "event-input" ).c_str(), []( benchmark::State &
+                                                                                state ) {
+         eventToVerdict< BasicWorldWith< ClockedRing >, InputEvent >( state, true );
+      } )->Arg( size );
+   }
+}
+
+} // namespace
+
 void registerWorlds() {
+   registerClockForEachRecord();
    registerTimes< BasicWorld< true > >( { "basic", "floor", true } );
    registerTimes< BasicWorld< false > >( { "basic", "floor", false } );
    registerSpace< BasicWorld< false > >( { "basic", "floor", true } );

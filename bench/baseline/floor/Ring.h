@@ -3,22 +3,24 @@
 // The ring records of the floor: the cells of platform/Jotter/RingLayout.h, written by the shortest
 // code that keeps what they promise to a reader (counters first; the stamp is busy meanwhile and
 // comes back last with its check; a record whose texts are long takes a second cell), with the time
-// of the framework's clock.
+// of the framework's clock, which is read as the library reads it: once an event, anew for every
+// 16th record, and for each record outside of an event. ClockedRing reads it for each record.
 //
 // Left out: several writers, descriptors (a site is a number), a text that is cut.
 
 #include "bench/baseline/floor/Names.h"
+#include "platform/Jotter/RecordEncoding.h"
 #include "platform/Jotter/RingLayout.h"
 #include "platform/Jotter/TraceFile.h"
 #include "platform/Vex/Clock.h"
+#include "platform/Vex/EventClock.h"
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string_view>
+#include <string>
 #include <vector>
 
 namespace Bench::Floor {
@@ -62,46 +64,41 @@ enum class Site : std::uint8_t {
 
 namespace Layout = Jotter::Layout;
 
-// How an argument lies in a record.
-inline std::size_t sizeOf( Intf intf ) noexcept {
-   return 1 + nameOf( intf ).size();
-}
-inline std::byte * put( std::byte * to, Intf intf ) noexcept {
-   const std::string_view name = nameOf( intf );
-   *to = static_cast< std::byte >( name.size() );
-   std::memcpy( to + 1, name.data(), name.size() );
-   return to + 1 + name.size();
-}
-inline std::size_t sizeOf( std::uint64_t /* number */ ) noexcept {
-   return sizeof( std::uint64_t );
-}
-inline std::byte * put( std::byte * to, std::uint64_t number ) noexcept {
-   std::memcpy( to, &number, sizeof number );
-   return to + sizeof number;
-}
-
-class Ring {
+/// Made by whoever changes an input, for as long as that lasts.
+template < class Ring >
+class Event {
  public:
+   explicit Event( Ring & ring ) noexcept : ring_( ring ) { ring_.eventIs( true ); }
+   Event( const Event & ) = delete;
+   Event & operator=( const Event & ) = delete;
+   Event( Event && ) = delete;
+   Event & operator=( Event && ) = delete;
+   ~Event() { ring_.eventIs( false ); }
+
+ private:
+   Ring & ring_;
+};
+
+template < bool clockForEachRecord >
+class RingOf {
+ public:
+   void eventIs( bool underWay ) noexcept {
+      left_ = 0;
+      shared_ = underWay && !clockForEachRecord ? Vex::callersPerClockRead - 1 : 0;
+   }
+
    template < class... Arguments >
    void operator()( Site site, Arguments... arguments ) noexcept {
-      const std::size_t size = ( std::size_t{ 0 } + ... + sizeOf( arguments ) );
-      // What readers see of the counters is never behind the cells.
-      const std::uint64_t number = nextCell_.load( std::memory_order_relaxed );
-      const std::uint64_t sequence = nextSequence_.load( std::memory_order_relaxed ) + 1;
-      const bool isLong = size > Layout::inlineArgumentBytes;
-      nextCell_.store( number + ( isLong ? 2 : 1 ), std::memory_order_release );
-      nextSequence_.store( sequence, std::memory_order_release );
-      Layout::Content content{ sequence, std::bit_cast< std::uint64_t >( Vex::now().value() ),
-                               static_cast< std::uint32_t >( site ) |
-                                  static_cast< std::uint64_t >( size ) << 32U };
-      if ( isLong ) [[unlikely]] {
-         writeLong( number, content, arguments... );
+      Jotter::ShortArguments all;
+      if ( !( add( all, arguments ) && ... ) ) [[unlikely]] {
+         writeLong( site, arguments... );
          return;
       }
-      [[maybe_unused]] auto * end =
-         reinterpret_cast< std::byte * >( content.data() ) + Layout::recordHeadBytes;
-      ( ( end = put( end, arguments ) ), ... );
-      writeCell( number, false, content );
+      const auto [ number, sequence ] = claim( 1 );
+      const auto [ a, b, c, d ] = all.words();
+      writeCell(
+         number, false,
+         { sequence, time(), Layout::siteWord( numberOf( site ), all.size() ), a, b, c, d } );
    }
 
    std::uint64_t written() const noexcept {
@@ -111,14 +108,62 @@ class Ring {
  private:
    static constexpr std::uint64_t mask = Jotter::TraceFile::defaultCells - 1;
 
+   struct Claim {
+      std::uint64_t cell;
+      std::uint64_t sequence;
+   };
+
+   static constexpr std::uint32_t numberOf( Site site ) noexcept {
+      return static_cast< std::uint32_t >( site );
+   }
+   static bool add( Jotter::ShortArguments & all, Intf intf ) noexcept {
+      return all.add( Names::instance().of( intf ) );
+   }
+   static bool add( Jotter::ShortArguments & all, std::uint64_t number ) noexcept {
+      return all.add( number );
+   }
+   static std::byte * put( std::byte * to, Intf intf ) noexcept {
+      const std::string & name = nameOf( intf );
+      *to = static_cast< std::byte >( name.size() );
+      std::memcpy( to + 1, name.data(), name.size() );
+      return to + 1 + name.size();
+   }
+   static std::byte * put( std::byte * to, std::uint64_t number ) noexcept {
+      std::memcpy( to, &number, sizeof number );
+      return to + sizeof number;
+   }
+
+   std::uint64_t time() noexcept {
+      if ( left_ == 0 ) [[unlikely]] {
+         left_ = shared_;
+         time_ = std::bit_cast< std::uint64_t >( Vex::now().value() );
+         return time_;
+      }
+      --left_;
+      return time_;
+   }
+
+   // What readers see of the counters is never behind the cells.
+   Claim claim( std::uint64_t cells ) noexcept {
+      const std::uint64_t number = nextCell_.load( std::memory_order_relaxed );
+      const std::uint64_t sequence = nextSequence_.load( std::memory_order_relaxed ) + 1;
+      nextCell_.store( number + cells, std::memory_order_release );
+      nextSequence_.store( sequence, std::memory_order_release );
+      return { number, sequence };
+   }
+
    template < class... Arguments >
-   void writeLong( std::uint64_t number,
-                   const Layout::Content & head,
-                   Arguments... arguments ) noexcept {
-      std::array< Layout::Content, 2 > content{ head };
-      [[maybe_unused]] auto * end =
+   [[gnu::noinline, gnu::cold]] void writeLong( Site site, Arguments... arguments ) noexcept {
+      const auto [ number, sequence ] = claim( 2 );
+      std::array< Layout::Content, 2 > content{};
+      auto * const begin =
          reinterpret_cast< std::byte * >( content.data() ) + Layout::recordHeadBytes;
+      auto * end = begin;
       ( ( end = put( end, arguments ) ), ... );
+      content[ 0 ][ 0 ] = sequence;
+      content[ 0 ][ 1 ] = time();
+      content[ 0 ][ 2 ] =
+         Layout::siteWord( numberOf( site ), static_cast< std::size_t >( end - begin ) );
       cells_[ number & mask ].stamp.store( Layout::busy, std::memory_order_release );
       writeCell( number + 1, true, content[ 1 ] );
       writeCell( number, false, content[ 0 ] );
@@ -130,9 +175,9 @@ class Ring {
       Layout::Cell & cell = cells_[ number & mask ];
       cell.stamp.store( Layout::busy, std::memory_order_release );
       std::atomic_thread_fence( std::memory_order_release );
-      for ( std::size_t word = 0; word < Layout::cellWords; ++word ) {
+      Layout::forEachWord( [ & ]( std::size_t word ) {
          cell.content[ word ].store( content[ word ], std::memory_order_relaxed );
-      }
+      } );
       cell.stamp.store( Layout::stampOf( Layout::tagOf( number, continues ), content ),
                         std::memory_order_release );
    }
@@ -140,11 +185,19 @@ class Ring {
    std::vector< Layout::Cell > cells_{ Jotter::TraceFile::defaultCells };
    Layout::Word nextCell_{ 0 };
    Layout::Word nextSequence_{ 0 };
+   std::uint64_t time_ = 0;
+   std::uint32_t left_ = 0; // records that still get this time
+   std::uint32_t shared_ = 0; // how many get the time that one of them has read
 };
+
+using Ring = RingOf< false >;
+/// Reads the clock for each record.
+using ClockedRing = RingOf< true >;
 
 /// In the place of the ring where there is none: every message is nothing at all.
 class NoRing {
  public:
+   static void eventIs( bool /* underWay */ ) noexcept {}
    template < class... Arguments >
    void operator()( Site /* site */, Arguments... /* arguments */ ) const noexcept {}
    static std::uint64_t written() noexcept { return 0; }

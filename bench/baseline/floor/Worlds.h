@@ -92,10 +92,10 @@ inline MlagInputs activeMlag( std::size_t lags ) {
 template < bool traced >
 using RingOrNone = std::conditional_t< traced, Ring, NoRing >;
 
-template < bool traced >
-class BasicWorld : public Inputs< Basic< RingOrNone< traced > > > {
+template < class RingType >
+class BasicWorldWith : public Inputs< Basic< RingType > > {
  public:
-   using Inputs< Basic< RingOrNone< traced > > >::Inputs;
+   using Inputs< Basic< RingType > >::Inputs;
 
    void start() { this->startWith( mlag_ ); }
    void passHalf( bool on ) { this->interlock_->mlagStateIs( on ? 3 : 1 ); }
@@ -104,6 +104,8 @@ class BasicWorld : public Inputs< Basic< RingOrNone< traced > > > {
  private:
    MlagInputs mlag_ = activeMlag( this->lags() );
 };
+template < bool traced >
+using BasicWorld = BasicWorldWith< RingOrNone< traced > >;
 
 template < bool traced >
 class PeerWorld : public Inputs< Peer< RingOrNone< traced > > > {

@@ -37,6 +37,11 @@ class VEX_EXPORT Config final : public Vex::Entity< ConfigAttribute, Nodo::IntfI
       return initialMember_.get( lag );
    }
    Vex::Ptr< InitialMember > initialMember( Nodo::IntfId lag ) { return initialMember_.get( lag ); }
+   /// The same for a look in passing; valid until the next change of the configuration.
+   const InitialMember * initialMemberFind( Nodo::IntfId lag ) const noexcept {
+      const auto * const found = initialMember_.find( lag );
+      return found != nullptr ? found->get() : nullptr;
+   }
 
    /// Puts `entity` under its own LAG, in place of what was there; notifies `initialMember` with
    /// the LAG unless it was this very entity. A null argument is the null-argument error.

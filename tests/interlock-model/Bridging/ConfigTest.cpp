@@ -75,6 +75,16 @@ TEST( BridgingConfig, TheSwitchIntfConfigOfAnUnknownInterfaceIsNull ) {
    const auto config = Vex::make< Config >();
    EXPECT_EQ( config->switchIntfConfig( lag ), nullptr );
    EXPECT_EQ( Vex::Ptr< const Config >( config )->switchIntfConfig( lag ), nullptr );
+   EXPECT_EQ( config->switchIntfConfigFind( lag ), nullptr );
+}
+
+TEST( BridgingConfig, TheSwitchIntfConfigOfAnInterfaceIsFoundWithoutAReferenceToIt ) {
+   const auto config = Vex::make< Config >();
+   const auto entity = Vex::make< SwitchIntfConfig >( lag );
+   config->switchIntfConfigIs( entity );
+   const auto references = entity->referenceCount();
+   EXPECT_EQ( config->switchIntfConfigFind( lag ), entity.get() );
+   EXPECT_EQ( entity->referenceCount(), references );
 }
 
 } // namespace

@@ -114,6 +114,13 @@ TEST( MlagStatus, TheStatusOfAnUnknownLagIsTheDefaultWhichIsFalse ) {
    EXPECT_EQ( status->intfStatus( lag ).text, "a" );
 }
 
+TEST( MlagStatus, AnyFieldAloneMakesAnIntfStatusTrue ) {
+   EXPECT_FALSE( IntfStatus() );
+   EXPECT_TRUE( ( IntfStatus{ "a", IntfState::unknown, IntfState::unknown } ) );
+   EXPECT_TRUE( ( IntfStatus{ "", IntfState::inactive, IntfState::unknown } ) );
+   EXPECT_TRUE( ( IntfStatus{ "", IntfState::unknown, IntfState::inactive } ) );
+}
+
 TEST( MlagStatus, PeerInterlockNotifiesOnceAfterTheChange ) {
    const auto status = Vex::make< Status >();
    const auto log = logOf( status, [ & ] { return status->peerInterlock() ? ":yes" : ":no"; } );

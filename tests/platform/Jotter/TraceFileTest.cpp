@@ -1,7 +1,9 @@
 #include "platform/Jotter/TraceFile.h"
 
 #include "platform/Vex/Clock.h"
+#include "platform/Vex/EventClock.h"
 #include "tests/platform/Jotter/Rings.h"
+#include "tests/platform/Vex/CountingClock.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -75,6 +77,30 @@ TEST_F( TraceFileTest, ARecordCarriesItsSequenceTimeAndDescriptor ) {
    EXPECT_EQ( records[ 1 ].time, Vex::Seconds( 13.75 ) );
    EXPECT_EQ( *records[ 1 ].descriptor, describedBy( { placeholder( PieceKind::number ) } ) );
    EXPECT_THAT( records[ 1 ].arguments, ElementsAre( "1" ) );
+}
+
+TEST_F( TraceFileTest, RecordsOfAnEventHaveTheTimeOfTheFirstAndEverySixteenthItsOwn ) {
+   const CountingClock clock;
+   const Vex::ClockScope clockScope( clock );
+   std::vector< Vex::Seconds > wanted;
+   {
+      const Vex::EventScope event;
+      const IntfId longText( Vex::String( 50, 'x' ) );
+      for ( int at = 0; at < 18; ++at ) {
+         at % 3 == 0   ? file.write( bare )
+         : at % 3 == 1 ? file.write( text, IntfId( "Ethernet1" ) )
+                       : file.write( text, longText );
+         wanted.emplace_back( at < 16 ? 1 : 2 );
+      }
+   }
+   file.write( bare );
+   file.write( text, IntfId( "Ethernet1" ) );
+   wanted.insert( wanted.end(), { Vex::Seconds( 3 ), Vex::Seconds( 4 ) } );
+   std::vector< Vex::Seconds > times;
+   for ( const Jotter::Record & record : Jotter::readRecords( file.bytes() ) ) {
+      times.push_back( record.time );
+   }
+   EXPECT_EQ( times, wanted );
 }
 
 TEST_F( TraceFileTest, ArgumentsOfEachKindComeBackAsText ) {
@@ -174,6 +200,59 @@ TEST_F( TraceFileTest, TwoTextsThatJustFitIntoOneCellTogetherTakeOne ) {
    EXPECT_EQ( messagesOf( file.bytes() ).size(), fewest - 1 );
    EXPECT_EQ( messagesOf( file.bytes() ).back(),
               " memberIntf : " + fifteen + " lag : " + fifteen + "a" );
+}
+
+// A cell is put together of words; the parts meet at every place in one.
+TEST_F( TraceFileTest, TextsOfAllLengthsStandBehindEachOther ) {
+   constexpr Jotter::DescriptorId three = 5;
+   file.describe( three, describedBy( { placeholder( PieceKind::text ), literal( "|" ),
+                                        placeholder( PieceKind::text ), literal( "|" ),
+                                        placeholder( PieceKind::text ) } ) );
+   for ( std::size_t first = 0; first <= 33; ++first ) {
+      for ( std::size_t second = 0; second <= 33; ++second ) {
+         const Vex::String a( first, 'a' );
+         const Vex::String b( second, '\xFF' );
+         const Vex::String c( ( first + second ) % 12, 'c' );
+         const std::uint64_t cell = file.written();
+         file.write( three, IntfId( a ), "|", IntfId( b ), "|", IntfId( c ) );
+         const auto records = Jotter::readRecords( file.bytes() );
+         ASSERT_EQ( records.back().sequence, cell + 1 );
+         ASSERT_THAT( records.back().arguments, ElementsAre( a, b, c ) ) << first << ", " << second;
+      }
+   }
+}
+
+TEST_F( TraceFileTest, NumbersStandAtEveryPlaceBehindATextAndBeforeOne ) {
+   constexpr Jotter::DescriptorId mixed = 5;
+   file.describe( mixed, describedBy( { placeholder( PieceKind::text ), literal( "|" ),
+                                        placeholder( PieceKind::number ), literal( "|" ),
+                                        placeholder( PieceKind::boolean ), literal( "|" ),
+                                        placeholder( PieceKind::text ) } ) );
+   for ( std::size_t length = 0; length <= 32; ++length ) {
+      const Vex::String a( length, 'a' );
+      file.write( mixed, IntfId( a ), "|", ~std::uint64_t{ 0 }, "|", true, "|", IntfId( "b" ) );
+      ASSERT_EQ( messagesOf( file.bytes() ).back(), a + "|18446744073709551615|true|b" );
+   }
+}
+
+// What an argument leaves of its cell is zero, whatever the record before has left on the stack.
+TEST_F( TraceFileTest, TheRestOfACellIsZero ) {
+   const auto words = [ & ]( std::size_t place ) {
+      const auto * const cells = reinterpret_cast< const Jotter::Layout::Cell * >(
+         file.bytes().data() + file.bytes().size() - fewest * sizeof( Jotter::Layout::Cell ) );
+      std::vector< std::uint64_t > content;
+      for ( const Jotter::Layout::Word & word : cells[ place ].content ) {
+         content.push_back( word.load() );
+      }
+      return std::vector< std::uint64_t >( content.begin() + 3, content.end() );
+   };
+   file.write( twoTexts, IntfId( Vex::String( 15, 'x' ) ), IntfId( Vex::String( 15, 'y' ) ) );
+   file.write( bare );
+   file.write( text, IntfId( "ab" ) );
+   file.write( number, 7U );
+   EXPECT_THAT( words( 1 ), ElementsAre( 0, 0, 0, 0 ) );
+   EXPECT_THAT( words( 2 ), ElementsAre( 0x626102, 0, 0, 0 ) );
+   EXPECT_THAT( words( 3 ), ElementsAre( 7, 0, 0, 0 ) );
 }
 
 TEST_F( TraceFileTest, LongRecordsGoRoundTheRing ) {

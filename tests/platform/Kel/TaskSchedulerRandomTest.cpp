@@ -46,13 +46,23 @@ class TaskSchedulerRandomTest : public testing::Test {
    using Due = std::pair< double, std::uint64_t >; // moment and order of scheduling
 
    void create( std::size_t count ) {
-      for ( std::size_t at = 0; at < count; ++at ) {
-         tasks.push_back(
-            Vex::make< Kel::TimerTask >( scheduler, Kel::TaskPriority( 1 ), std::string() ) );
-         numbers.push_back( Vex::make< Number >( at, ran ) );
-         numbers.back()->notifierIs( tasks.back() );
-      }
+      tasks.resize( count );
+      numbers.resize( count );
       due.resize( count );
+      for ( std::size_t at = 0; at < count; ++at ) {
+         recreate( at );
+      }
+   }
+
+   // Destroys the task, and makes another one of the same number.
+   void recreate( std::size_t number ) {
+      cancelInModel( number );
+      numbers[ number ].release();
+      tasks[ number ].release();
+      tasks[ number ] =
+         Vex::make< Kel::TimerTask >( scheduler, Kel::TaskPriority( 1 ), std::string() );
+      numbers[ number ] = Vex::make< Number >( number, ran );
+      numbers[ number ]->notifierIs( tasks[ number ] );
    }
 
    void arm( std::size_t number, double delay ) {
@@ -100,7 +110,7 @@ class TaskSchedulerRandomTest : public testing::Test {
    std::uint64_t order = 0;
 };
 
-TEST_F( TaskSchedulerRandomTest, AgreesWithAnOrderedListWhateverIsArmedAndCancelled ) {
+TEST_F( TaskSchedulerRandomTest, AgreesWithAnOrderedListWhateverIsArmedCancelledAndDestroyed ) {
    SCOPED_TRACE( seedNote( 21 ) );
    std::mt19937_64 random( seed( 21 ) );
    create( 60 );
@@ -108,7 +118,9 @@ TEST_F( TaskSchedulerRandomTest, AgreesWithAnOrderedListWhateverIsArmedAndCancel
       const std::size_t number = random() % tasks.size();
       // Few different delays, so that many fall due at one moment.
       const auto dice = random() % 8;
-      if ( dice == 0 ) {
+      if ( random() % 32 == 0 ) {
+         recreate( number );
+      } else if ( dice == 0 ) {
          const auto wait = static_cast< double >( random() % 4 );
          ASSERT_NO_FATAL_FAILURE( runTo( clock.now().value() + wait ) ) << "step " << step;
       } else if ( dice <= 2 ) {

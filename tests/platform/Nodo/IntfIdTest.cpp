@@ -74,6 +74,22 @@ TEST( IntfIdTest, KeepsAnyTextAsItIs ) {
    EXPECT_NE( IntfId( std::string( "a\0b", 3 ) ), IntfId( std::string( "a\0c", 3 ) ) );
 }
 
+TEST( IntfIdTest, ANameLiesReadyForRecordsWithItsLengthInFrontAndZerosBehind ) {
+   for ( const std::size_t length : { 0U, 1U, 15U, 16U, 31U } ) {
+      const std::string text( length, 'n' );
+      std::string wanted( 1, static_cast< char >( length ) );
+      wanted += text;
+      wanted.resize( Nodo::InternedName::recordFormBytes, '\0' );
+      const auto & form = IntfId( text ).name().recordForm;
+      EXPECT_EQ( std::string( reinterpret_cast< const char * >( form.data() ), form.size() ),
+                 wanted );
+   }
+   EXPECT_EQ( IntfId( std::string( 32, 'n' ) ).name().recordForm[ 0 ],
+              Nodo::InternedName::noRecordForm );
+   EXPECT_EQ( IntfId( std::string( 255, 'n' ) ).name().recordForm[ 0 ],
+              Nodo::InternedName::noRecordForm );
+}
+
 TEST( IntfIdTest, StreamsItsText ) {
    std::ostringstream out;
    out << IntfId( "PortChannel10" ) << '|' << IntfId() << '|' << IntfId( "λ" );

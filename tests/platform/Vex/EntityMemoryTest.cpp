@@ -132,6 +132,29 @@ TEST_F( EntityMemoryTest, LeavingADeliveryThatADyingNotifieeSetsOffNeedsNoMemory
    EXPECT_EQ( source->notifiees(), 1 );
 }
 
+TEST_F( EntityMemoryTest, TheOnlyNotifieeNeedsNoMemoryToRegister ) {
+   const auto other = Vex::make< Source >();
+   const std::uint64_t before = Memory::requests();
+   watchers.front()->notifierIs( other );
+   EXPECT_EQ( Memory::requests(), before );
+   other->changed();
+   EXPECT_EQ( watchers.front()->calls, 1 );
+}
+
+TEST_F( EntityMemoryTest, RegisteringAsTheSecondWithoutMemoryChangesNothing ) {
+   const auto other = Vex::make< Source >();
+   watchers[ 0 ]->notifierIs( other );
+   const int failed =
+      Memory::attemptsUntilSuccess< std::bad_alloc >( [ & ] { watchers[ 1 ]->notifierIs( other ); },
+                                                      [ & ] {
+                                                         EXPECT_EQ( other->notifiees(), 1 );
+                                                         other->changed();
+                                                         EXPECT_EQ( watchers[ 1 ]->calls, 0 );
+                                                      } );
+   EXPECT_GT( failed, 0 );
+   EXPECT_EQ( other->notifiees(), 2 );
+}
+
 TEST_F( EntityMemoryTest, RegisteringWithoutMemoryChangesNothing ) {
    const auto late = Vex::make< Watcher >();
    Memory::attemptsUntilSuccess< std::bad_alloc >( [ & ] { late->notifierIs( source ); },
@@ -144,12 +167,13 @@ TEST_F( EntityMemoryTest, RegisteringWithoutMemoryChangesNothing ) {
 
 TEST_F( EntityMemoryTest, BeingPointedElsewhereWithoutMemoryLeavesItWhereItIs ) {
    const auto other = Vex::make< Source >();
+   watchers.back()->notifierIs( other ); // there is room for one
    const Ptr< Watcher > watcher = watchers.front();
    const int failed =
       Memory::attemptsUntilSuccess< std::bad_alloc >( [ & ] { watcher->notifierIs( other ); },
                                                       [ & ] {
                                                          EXPECT_EQ( watcher->notifier(), source );
-                                                         EXPECT_EQ( other->notifiees(), 0 );
+                                                         EXPECT_EQ( other->notifiees(), 1 );
                                                       } );
    EXPECT_GT( failed, 0 );
    source->changed();

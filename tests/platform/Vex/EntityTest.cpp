@@ -163,6 +163,33 @@ TEST_F( EntityTest, AHandlerThatLeavesAndRegistersAgainIsNotCalledTwice ) {
    EXPECT_EQ( log, "a1 b1 c1 a2 c2 b2 " );
 }
 
+TEST_F( EntityTest, OneThatTakesThePlaceOfTheOnlyOneDuringADeliveryDoesNotGetIt ) {
+   b.release();
+   c.release();
+   log.clear();
+   a->act = [ & ]( int ) {
+      a->notifierIs( nullptr );
+      d = actor( "d" );
+      EXPECT_EQ( entity->notifiees(), 1 );
+   };
+   entity->changed( 1 );
+   EXPECT_EQ( log, "a1 " );
+   entity->changed( 2 );
+   EXPECT_EQ( log, "a1 d2 " );
+}
+
+TEST_F( EntityTest, OnesThatRegisterWhenTheFirstHasLeftADeliveryComeBehindTheOthers ) {
+   a->act = [ & ]( int ) {
+      a->notifierIs( nullptr );
+      d = actor( "d" );
+   };
+   entity->changed( 1 );
+   EXPECT_EQ( log, "a1 b1 c1 " );
+   entity->changed( 2 );
+   EXPECT_EQ( log, "a1 b1 c1 b2 c2 d2 " );
+   EXPECT_EQ( entity->notifiees(), 3 );
+}
+
 // --- a handler drops the last reference ---
 
 TEST_F( EntityTest, OneThatLosesItsLastReferenceBeforeItsTurnIsNotCalledAndLivesToTheEnd ) {
@@ -231,6 +258,44 @@ TEST_F( EntityTest, AHandlerMayDropEverything ) {
    };
    entity->changed( 1 );
    EXPECT_EQ( log, "a1 b1 /b ~a ~c ~b ~entity " );
+}
+
+TEST_F( EntityTest, TheDepartedAreLetGoInTheOrderInWhichTheyLeft ) {
+   a->act = [ & ]( int ) {
+      c.release();
+      b.release();
+   };
+   entity->changed( 1 );
+   EXPECT_EQ( log, "a1 ~c ~b " );
+}
+
+TEST_F( EntityTest, OneThatLeavesSeveralTimesInADeliveryIsKeptOnce ) {
+   b->quiet = false;
+   b->act = [ & ]( int ) {
+      b->notifierIs( nullptr );
+      b->notifierIs( entity );
+      b->notifierIs( nullptr );
+      b.release();
+   };
+   entity->changed( 1 );
+   EXPECT_EQ( log, "a1 b1 /b c1 ~b " );
+}
+
+TEST_F( EntityTest, OneThatOutlivedADeliveryThatItLeftIsKeptByTheNextOneAgain ) {
+   b->quiet = false;
+   b->act = [ & ]( int key ) {
+      if ( key == 1 ) {
+         b->notifierIs( nullptr );
+      } else {
+         b.release();
+      }
+   };
+   entity->changed( 1 );
+   EXPECT_EQ( log, "a1 b1 /b c1 " );
+   b->notifierIs( entity );
+   log.clear();
+   entity->changed( 2 );
+   EXPECT_EQ( log, "a2 c2 b2 /b ~b " );
 }
 
 TEST_F( EntityTest, ADepartedNotifieesDestructorMayChangeTheEntity ) {
@@ -341,6 +406,24 @@ TEST_F( EntityTest, AnEntityDroppedInANestedDeliveryLivesToTheEndOfTheOuterOne )
    };
    entity->changed( 1 );
    EXPECT_EQ( log, "a1 a2 back ~b ~c ~entity " );
+}
+
+TEST_F( EntityTest, OneThatLeavesTheEntitiesOfTwoNestedDeliveriesLivesToTheEndOfTheOuterOne ) {
+   const auto other = Vex::make< Watched >( log, "other" );
+   b->quiet = false;
+   b->act = [ & ]( int key ) {
+      if ( key == 1 ) {
+         b->notifierIs( other );
+         other->changed( 2 );
+         log += "back ";
+      } else {
+         b.release();
+      }
+   };
+   entity->changed( 1 );
+   EXPECT_EQ( log, "a1 b1 b2 /b back /b c1 ~b " );
+   EXPECT_EQ( other->notifiees(), 0 );
+   EXPECT_EQ( other->referenceCount(), 1 );
 }
 
 TEST_F( EntityTest, ADeliveryOfAnotherEntityMayRemoveFromThisOne ) {

@@ -53,6 +53,12 @@ TEST_F( PtrTest, IsNullByDefault ) {
    EXPECT_EQ( Ptr< Animal >( nullptr ), none );
 }
 
+TEST_F( PtrTest, MayBeAConstantNull ) {
+   static constexpr Ptr< Animal > none;
+   EXPECT_EQ( none, nullptr );
+   EXPECT_FALSE( Ptr< Animal >( none ) );
+}
+
 TEST_F( PtrTest, MakeAdoptsTheCountThatTheObjectIsBornWith ) {
    {
       const auto dog = Vex::make< Dog >( deaths );

@@ -65,6 +65,16 @@ TEST( LagConfig, TheInitialMemberOfAnUnknownLagIsNull ) {
    const auto config = Vex::make< Config >();
    EXPECT_EQ( config->initialMember( lag ), nullptr );
    EXPECT_EQ( Vex::Ptr< const Config >( config )->initialMember( lag ), nullptr );
+   EXPECT_EQ( config->initialMemberFind( lag ), nullptr );
+}
+
+TEST( LagConfig, TheInitialMemberOfALagIsFoundWithoutAReferenceToIt ) {
+   const auto config = Vex::make< Config >();
+   const auto im = Vex::make< InitialMember >( lag );
+   config->initialMemberIs( im );
+   const auto references = im->referenceCount();
+   EXPECT_EQ( config->initialMemberFind( lag ), im.get() );
+   EXPECT_EQ( im->referenceCount(), references );
 }
 
 TEST( LagConfig, ARemovedInitialMemberLivesUntilItsWatchersHaveHeardOfIt ) {
