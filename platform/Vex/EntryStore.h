@@ -47,8 +47,8 @@ class EntryStore {
    bool live( std::uint32_t at ) const noexcept {
       return ( live_[ at / wordBits ] >> at % wordBits & 1U ) != 0;
    }
-   /// The first live position from `at` on whose entry is `wanted`; `end` where there is none. Looks
-   /// at 64 marks at a time, and runs over entries side by side at memory speed.
+   /// The first live position from `at` on whose entry is `wanted`; `end` where there is none.
+   /// Looks at 64 marks at a time, and runs over entries side by side at memory speed.
    template < class Wanted >
    std::uint32_t next( std::uint32_t at, std::uint32_t end, const Wanted & wanted ) const noexcept {
       while ( at < end ) {
