@@ -14,12 +14,12 @@
 // it, it calls doCleanup(), and from then on, marked for deletion, a handler that was under way
 // writes nothing more.
 
-#include "Velo/VeloMlagEgressAclIntfInterlockSm/Deadlines.h"
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/LinkState.h"
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/LinkStateTable.h"
 #include "Velo/VeloMlagEgressAclIntfInterlockSm/MlagEgressAclIntfInterlockBaseSm.h"
 #include "interlock-model/Mlag/AclInstallRequest.h"
 #include "interlock-model/Mlag/AclInstallResponse.h"
+#include "platform/Kel/Deadlines.h"
 #include "platform/Kel/TaskPriority.h"
 #include "platform/Kel/TaskScheduler.h"
 #include "platform/Kel/TimerTask.h"
@@ -117,7 +117,7 @@ class MlagEgressAclIntfPeerInterlockSm final : public MlagEgressAclIntfInterlock
    // Time-outs.
 
    /// Deadlines on the framework's clock.
-   const Deadlines & timer() const { return timer_; }
+   const Kel::Deadlines & timer() const { return timer_; }
    /// The LAG for whose deadline the task is armed; the empty identifier: for none.
    Nodo::IntfId activeLag() const { return activeLag_; }
    /// The task; null when there is none.
@@ -176,7 +176,7 @@ class MlagEgressAclIntfPeerInterlockSm final : public MlagEgressAclIntfInterlock
    Vex::Ptr< Kel::TaskScheduler > scheduler_;
    std::uint32_t watermark_ = 0;
    Vex::KeyMap< Nodo::IntfId, LinkState > linkState_;
-   Deadlines timer_;
+   Kel::Deadlines timer_;
    Nodo::IntfId activeLag_;
    InterlockModel::SingleReactor< VexTask > vexTask_{ *this };
    Vex::Ptr< Kel::TimerTask > task_; // what vexTask_ watches

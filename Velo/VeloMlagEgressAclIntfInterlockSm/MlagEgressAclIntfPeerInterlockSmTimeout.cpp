@@ -79,7 +79,7 @@ void MlagEgressAclIntfPeerInterlockSm::handleTimer( Nodo::IntfId lag ) {
 
 void MlagEgressAclIntfPeerInterlockSm::resetTimer() {
    duplog( Vex::at< 0 >(), smName(), "resetTimer" );
-   const Deadlines::Entry earliest = timer_.earliest();
+   const Kel::Deadlines::Entry earliest = timer_.earliest();
    activeLag_ = earliest.key;
    scheduleTask( earliest.value - Vex::now() );
 }

@@ -1,7 +1,6 @@
 # The peer-coordinated egress-ACL interlock and the controller.
 interlock_tests( peer-tests LIBRARIES velo-objects SOURCES
    VeloMlagEgressAclIntfInterlockSm/ControllerTest.cpp
-   VeloMlagEgressAclIntfInterlockSm/DeadlinesTest.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerAdmissionTest.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerLinkStateTest.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerReentrancyTest.cpp

@@ -298,6 +298,8 @@ class Finder:
         if value is None:
             return
         kind = self.returned.get_canonical()
+        if self.returned.kind == TypeKind.AUTO:  # it may be a type without a default
+            return
         if kind.spelling == "bool" or self.source(value) in ("{}", "nullptr"):
             return
         if kind.kind == TypeKind.LVALUEREFERENCE:
@@ -452,8 +454,10 @@ class Finder:
                     self.instead(node, f"{self.plain(start, a)} {other} {self.plain(b, end)}")
 
     def other_operators(self, node, name, left, right):
+        pointers = any(side.type.get_canonical().kind == TypeKind.POINTER for side in (left, right))
         for other in OTHER_OPERATORS.get(name, []):
-            self.instead(node, f"{self.source(left)} {other} {self.source(right)}")
+            if not (pointers and other in ("+", "-")):  # two pointers cannot be added
+                self.instead(node, f"{self.source(left)} {other} {self.source(right)}")
         if name in ("&&", "||"):
             for side in (left, right):
                 inner = [c for c in side.get_children() if c.extent.start != side.extent.start]

@@ -1,13 +1,15 @@
 #pragma once
 
-// The deadline of each requesting LAG, in the order in which they were set, and the earliest.
+// Deadlines by interface, in the order in which they were set, and the earliest of them.
 //
 // Order, passes and errors are those of a keyed collection (platform/Vex/KeyedCollection.h).
-// Layout: the moments lie side by side, apart from the LAGs, because the search for the earliest is
-// linear: with thousands of LAGs that the peer answers in the order asked, each answer searches.
-// What is searched once is kept until the one found goes.
+// Ownership: a value; nothing is borrowed. Threading: one thread.
+// Layout: the moments lie side by side, apart from the interfaces, because the search for the
+// earliest is linear: when a peer answers thousands of requests in the order asked, each answer
+// searches. What is searched once is kept until the one found goes.
 
 #include "platform/Nodo/IntfId.h"
+#include "platform/Vex/Export.h"
 #include "platform/Vex/KeyedCollection.h"
 #include "platform/Vex/Seconds.h"
 
@@ -16,9 +18,9 @@
 #include <limits>
 #include <vector>
 
-namespace Velo {
+namespace Kel {
 
-class Deadlines {
+class VEX_EXPORT Deadlines {
  public:
    struct Entry {
       Nodo::IntfId key;
@@ -27,25 +29,25 @@ class Deadlines {
 
    std::size_t size() const noexcept { return places_.size(); }
    bool empty() const noexcept { return places_.empty(); }
-   bool has( Nodo::IntfId lag ) const noexcept { return places_.has( lag ); }
-   /// The LAG's deadline, or null; valid until the next mutation.
-   const Vex::Seconds * find( Nodo::IntfId lag ) const noexcept {
-      const std::uint32_t * const place = places_.find( lag );
+   bool has( Nodo::IntfId intf ) const noexcept { return places_.has( intf ); }
+   /// The interface's deadline, or null; valid until the next mutation.
+   const Vex::Seconds * find( Nodo::IntfId intf ) const noexcept {
+      const std::uint32_t * const place = places_.find( intf );
       return place != nullptr ? &due_[ *place ] : nullptr;
    }
 
-   /// Inserts or overwrites; false when it is the LAG's deadline already.
-   bool put( Nodo::IntfId lag, Vex::Seconds deadline );
+   /// Inserts or overwrites; false when it is the deadline already.
+   bool put( Nodo::IntfId intf, Vex::Seconds deadline );
    /// False when there is none.
-   bool erase( Nodo::IntfId lag );
+   bool erase( Nodo::IntfId intf );
 
-   /// One pass over the LAGs.
+   /// One pass over the interfaces.
    auto keys() const noexcept { return places_.keys(); }
    /// A copy of all, for whoever inspects.
    std::vector< Entry > entries() const;
 
-   /// The earliest deadline, of equal ones the first; the empty identifier and infinity where no
-   /// LAG has a finite one.
+   /// The earliest deadline, of equal ones the first; the empty identifier and infinity where
+   /// none is finite.
    Entry earliest() const noexcept;
 
  private:
@@ -57,10 +59,10 @@ class Deadlines {
    Vex::KeyMap< Nodo::IntfId, std::uint32_t > places_;
    // By place. A hole is due at infinity, which is never the earliest.
    std::vector< Vex::Seconds > due_;
-   std::vector< Nodo::IntfId > lags_;
+   std::vector< Nodo::IntfId > intfs_;
    mutable std::uint32_t first_ = 0; // before it, all are due at infinity
    mutable std::uint32_t earliest_ = none; // its place; meaningless unless searched
    mutable bool searched_ = true;
 };
 
-} // namespace Velo
+} // namespace Kel

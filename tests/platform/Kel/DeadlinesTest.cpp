@@ -1,6 +1,6 @@
 // The deadlines against an ordered list of them that is searched from the front.
 
-#include "Velo/VeloMlagEgressAclIntfInterlockSm/Deadlines.h"
+#include "platform/Kel/Deadlines.h"
 
 #include "tests/platform/Seed.h"
 #include "tests/support/Names.h"
@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace Velo {
+namespace Kel {
 namespace {
 
 using TestSupport::intf;
@@ -140,4 +140,4 @@ TEST_F( DeadlinesTest, AgreeWithAListInAQueueOfThem ) {
 }
 
 } // namespace
-} // namespace Velo
+} // namespace Kel

@@ -1,10 +1,10 @@
-#include "Velo/VeloMlagEgressAclIntfInterlockSm/Deadlines.h"
+#include "platform/Kel/Deadlines.h"
 
 #include <algorithm>
 #include <array>
 #include <utility>
 
-namespace Velo {
+namespace Kel {
 
 namespace {
 
@@ -24,7 +24,7 @@ Vex::Seconds least( const Vex::Seconds * at, const Vex::Seconds * end ) noexcept
    Vex::Seconds f = never;
    Vex::Seconds g = never;
    Vex::Seconds h = never;
-   for ( ; end - at >= 8; at += 8 ) {
+   while ( end - at >= 8 ) {
       a = earlier( at[ 0 ], a );
       b = earlier( at[ 1 ], b );
       c = earlier( at[ 2 ], c );
@@ -33,9 +33,11 @@ Vex::Seconds least( const Vex::Seconds * at, const Vex::Seconds * end ) noexcept
       f = earlier( at[ 5 ], f );
       g = earlier( at[ 6 ], g );
       h = earlier( at[ 7 ], h );
+      at += 8;
    }
-   for ( ; at != end; ++at ) {
+   while ( at != end ) {
       a = earlier( *at, a );
+      ++at;
    }
    for ( const Vex::Seconds other : { b, c, d, e, f, g, h } ) {
       a = earlier( other, a );
@@ -46,8 +48,8 @@ Vex::Seconds least( const Vex::Seconds * at, const Vex::Seconds * end ) noexcept
 } // namespace
 
 // All that can throw comes before the first change that shows.
-bool Deadlines::put( Nodo::IntfId lag, Vex::Seconds deadline ) {
-   if ( const std::uint32_t * const place = places_.find( lag ) ) {
+bool Deadlines::put( Nodo::IntfId intf, Vex::Seconds deadline ) {
+   if ( const std::uint32_t * const place = places_.find( intf ) ) {
       if ( due_[ *place ] == deadline ) {
          return false;
       }
@@ -60,20 +62,20 @@ bool Deadlines::put( Nodo::IntfId lag, Vex::Seconds deadline ) {
    if ( due_.capacity() == due_.size() ) {
       due_.reserve( 2 * due_.size() + 1 );
    }
-   if ( lags_.capacity() == lags_.size() ) {
-      lags_.reserve( 2 * lags_.size() + 1 );
+   if ( intfs_.capacity() == intfs_.size() ) {
+      intfs_.reserve( 2 * intfs_.size() + 1 );
    }
-   places_.put( lag, place );
+   places_.put( intf, place );
    due_.push_back( deadline );
-   lags_.push_back( lag );
+   intfs_.push_back( intf );
    if ( searched_ && deadline < ( earliest_ != none ? due_[ earliest_ ] : never ) ) {
       earliest_ = place;
    }
    return true;
 }
 
-bool Deadlines::erase( Nodo::IntfId lag ) {
-   const auto place = places_.take( lag );
+bool Deadlines::erase( Nodo::IntfId intf ) {
+   const auto place = places_.take( intf );
    if ( !place ) {
       return false;
    }
@@ -97,7 +99,7 @@ Deadlines::Entry Deadlines::earliest() const noexcept {
    if ( !searched_ ) {
       search();
    }
-   return earliest_ != none ? Entry{ lags_[ earliest_ ], due_[ earliest_ ] }
+   return earliest_ != none ? Entry{ intfs_[ earliest_ ], due_[ earliest_ ] }
                             : Entry{ Nodo::IntfId(), never };
 }
 
@@ -130,13 +132,13 @@ void Deadlines::closeHoles() noexcept {
          earliest_ = to;
       }
       due_[ to ] = due_[ entry.value ];
-      lags_[ to ] = entry.key;
+      intfs_[ to ] = entry.key;
       places_.put( entry.key, to );
       ++to;
    }
    due_.resize( to );
-   lags_.resize( to );
+   intfs_.resize( to );
    first_ = 0;
 }
 
-} // namespace Velo
+} // namespace Kel
