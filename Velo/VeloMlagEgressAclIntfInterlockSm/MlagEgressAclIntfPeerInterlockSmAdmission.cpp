@@ -57,7 +57,7 @@ const Vex::Type & MlagEgressAclIntfPeerInterlockSm::fwkType() const noexcept {
 
 bool MlagEgressAclIntfPeerInterlockSm::lagActive( Nodo::IntfId lag ) const {
    const auto * const im = hwLagConfig()->initialMemberFind( lag );
-   return im && im->members() != 0;
+   return im != nullptr && im->members() != 0;
 }
 
 bool MlagEgressAclIntfPeerInterlockSm::isMlagIntf( Nodo::IntfId lag ) const {

@@ -65,7 +65,7 @@ class ShortArguments {
    constexpr bool add( const char ( & )[ size ] ) noexcept {
       return true;
    }
-   bool add( const Vex::String & ) noexcept { return true; }
+   static bool add( const Vex::String & /* prefix */ ) noexcept { return true; }
    bool add( Nodo::IntfId intf ) noexcept { return add( intf.name() ); }
    bool add( const Nodo::InternedName & name ) noexcept {
       // A text that has no such form counts as 256 bytes, and so has no room here.

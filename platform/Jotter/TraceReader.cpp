@@ -121,7 +121,7 @@ class Reading {
    void readDescriptors();
    void readCells();
    std::optional< Record > readRecord( std::uint64_t number );
-   bool readArguments( Record & record, std::span< const std::byte > bytes ) const;
+   static bool readArguments( Record & record, std::span< const std::byte > bytes );
    std::shared_ptr< const Descriptor > site( DescriptorId id );
    void checkCounters();
    void tellGaps();
@@ -187,7 +187,7 @@ std::optional< Record > Reading::readRecord( std::uint64_t number ) {
    return record;
 }
 
-bool Reading::readArguments( Record & record, std::span< const std::byte > bytes ) const {
+bool Reading::readArguments( Record & record, std::span< const std::byte > bytes ) {
    ByteReader reader( bytes );
    for ( const Piece & piece : record.descriptor->pieces ) {
       if ( piece.kind != PieceKind::literal ) {
@@ -249,10 +249,13 @@ void Reading::tellDamageWithoutGap() {
       return;
    }
    if ( found_.empty() ) {
-      tell( contents_.lastSequence == 1 ? Vex::String( "record 1 begun and not finished" )
-            : contents_.lastSequence > 1
-               ? "no record is whole of " + std::to_string( contents_.lastSequence )
-               : counted( damaged_.size(), "cell", "cells" ) + " claimed and not written" );
+      if ( contents_.lastSequence == 0 ) {
+         tell( counted( damaged_.size(), "cell", "cells" ) + " claimed and not written" );
+      } else if ( contents_.lastSequence == 1 ) {
+         tell( "record 1 begun and not finished" );
+      } else {
+         tell( "no record is whole of " + std::to_string( contents_.lastSequence ) );
+      }
       return;
    }
    const Found & oldest = *std::ranges::min_element( found_, {}, &Found::cell );
