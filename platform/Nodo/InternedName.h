@@ -46,7 +46,8 @@ static_assert( sizeof( InternedName ) == 64 );
 
 namespace Detail {
 
-inline constexpr std::size_t nameBlocks = 48;
+// Handles fit into four bytes.
+inline constexpr std::size_t nameBlocks = 32;
 
 // Read for every name in a record, so it is no function. The name of no interface is there from the
 // start.

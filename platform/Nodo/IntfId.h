@@ -34,6 +34,14 @@ class VEX_EXPORT IntfId {
 
    constexpr std::uint64_t value() const noexcept { return value_; }
 
+   /// The handle in four bytes, as collections keep it; there are never as many texts.
+   constexpr std::uint32_t packed() const noexcept { return static_cast< std::uint32_t >( value_ ); }
+   static constexpr IntfId unpacked( std::uint32_t packed ) noexcept {
+      IntfId id;
+      id.value_ = packed;
+      return id;
+   }
+
    constexpr std::size_t hash() const noexcept {
       // Handles are small consecutive numbers; the multiplication (2^64 / golden ratio) spreads
       // them, the shift brings the well-mixed upper half down to where tables look.

@@ -46,7 +46,7 @@ const Clock * clockIs( const Clock * clock ) noexcept {
 
 Seconds Detail::readEventClock() noexcept {
    const Seconds time = now();
-   if ( pointerMode() == PointerMode::plain && eventClock.notifications != 0 ) {
+   if ( eventClock.notification ) {
       eventClock.time = time;
       eventClock.left = callersPerClockRead - 1;
    }

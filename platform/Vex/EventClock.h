@@ -32,7 +32,7 @@ namespace Detail {
 struct EventClock {
    Seconds time;
    std::uint32_t left = 0; // callers that still get this time; 0 in the thread-safe mode, always
-   std::uint32_t notifications = 0; // under way, nested ones counted; in the plain mode
+   bool notification = false; // one is under way; in the thread-safe mode this is never set
 };
 
 // Read for every record, so it is no function.
@@ -64,12 +64,14 @@ inline Seconds eventTime() noexcept {
    return eventTimeIsKept() ? keptEventTime() : Detail::readEventClock();
 }
 
-/// A notification under way.
+/// A notification under way. Nested ones change nothing, so that the end waits for nothing that was
+/// counted.
 class EventScope {
  public:
-   EventScope() noexcept {
-      if ( pointerMode() == PointerMode::plain ) {
-         ++Detail::eventClock.notifications;
+   EventScope() noexcept
+       : outermost_( !Detail::eventClock.notification && pointerMode() == PointerMode::plain ) {
+      if ( outermost_ ) {
+         Detail::eventClock.notification = true;
       }
    }
    EventScope( const EventScope & ) = delete;
@@ -77,10 +79,14 @@ class EventScope {
    EventScope( EventScope && ) = delete;
    EventScope & operator=( EventScope && ) = delete;
    ~EventScope() {
-      if ( pointerMode() == PointerMode::plain && --Detail::eventClock.notifications == 0 ) {
+      if ( outermost_ ) {
+         Detail::eventClock.notification = false;
          Detail::eventClock.left = 0;
       }
    }
+
+ private:
+   bool outermost_;
 };
 
 } // namespace Vex

@@ -11,15 +11,16 @@
 // Ownership: a collection owns its values. A value that is taken out or overwritten is released
 // after the collection is in order again, so that its destructor may come back here.
 // Errors: out of memory throws and leaves the collection as it was; nothing else fails.
-// Layout: entries lie in the order of insertion (platform/Vex/EntryStore.h); removed ones leave a
-// hole, and the holes are closed when there are many and no pass is under way. Beyond 16 entries an
-// index finds a key (platform/Vex/PositionIndex.h); below that a scan of a few cache lines is
-// faster.
+// Layout: entries lie in the order of insertion (platform/Vex/EntryStore.h), with their keys in few
+// bytes (platform/Vex/StoredKey.h); removed ones leave a hole, and the holes are closed when there
+// are many and no pass is under way. Beyond 16 entries an index finds a key
+// (platform/Vex/PositionIndex.h); below that a scan of a few cache lines is faster.
 
 #include "platform/Vex/Assert.h"
 #include "platform/Vex/CollectionPass.h"
 #include "platform/Vex/EntryStore.h"
 #include "platform/Vex/PositionIndex.h"
+#include "platform/Vex/StoredKey.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -33,7 +34,8 @@ struct NoValue {
    friend bool operator==( NoValue, NoValue ) = default;
 };
 
-/// Key needs ==, a default constructor and hash(); Value needs == and a default constructor.
+/// Key needs ==, a default constructor, and hash() unless it is packed (platform/Vex/StoredKey.h);
+/// Value needs == and a default constructor.
 template < class Key, class Value >
 class KeyMap {
  public:
@@ -68,7 +70,7 @@ class KeyMap {
    bool put( const Key & key, Value value ) {
       const Place found = place( key );
       if ( found.position == none ) {
-         append( key, std::move( value ) );
+         append( Stored::from( key ), std::move( value ) );
          return true;
       }
       Value & present = entries_[ found.position ].value;
@@ -105,10 +107,10 @@ class KeyMap {
    bool erase( const Key & key ) { return take( key ).has_value(); }
 
    struct ToKey {
-      Key operator()( const Entry & entry ) const { return entry.key; }
+      Key operator()( const auto & kept ) const { return Stored::to( kept.key ); }
    };
    struct ToEntry {
-      Entry operator()( const Entry & entry ) const { return entry; }
+      Entry operator()( const auto & kept ) const { return { Stored::to( kept.key ), kept.value }; }
    };
    /// One pass, for range-for; see the head of this file.
    CollectionPass< KeyMap, ToKey > keys() const noexcept {
@@ -117,7 +119,9 @@ class KeyMap {
    /// One pass over the keys that `wanted` accepts, which sees keys and changes nothing.
    template < class Wanted >
    auto keysWhere( Wanted wanted ) const noexcept {
-      const auto accepts = [ wanted ]( const Entry & entry ) { return wanted( entry.key ); };
+      const auto accepts = [ wanted ]( const Kept & kept ) {
+         return wanted( Stored::to( kept.key ) );
+      };
       return CollectionPass< KeyMap, ToKey, decltype( accepts ) >( *this, accepts );
    }
    CollectionPass< KeyMap, ToEntry > entries() const noexcept {
@@ -128,70 +132,73 @@ class KeyMap {
    template < class Collection, class Projection, class Wanted >
    friend class CollectionPass;
 
-   static constexpr std::uint32_t none = PositionIndex::none;
-   static constexpr std::uint32_t scanLimit = 16;
-
-   struct Place {
-      std::uint32_t position; // none: the key is absent
-      std::uint32_t slot; // in the index, where there is one
+   using Stored = StoredKey< Key >;
+   struct Kept {
+      typename Stored::Type key{};
+      [[no_unique_address]] Value value{};
    };
 
+   static constexpr std::uint32_t none = PositionIndex::none;
+   static constexpr std::uint32_t scanLimit = 16;
+   static constexpr std::uint32_t firstSlots = 64;
+
+   using Place = PositionIndex::Place;
+
    Place place( const Key & key ) const noexcept {
+      const auto stored = Stored::from( key );
       if ( index_.empty() ) {
-         const std::uint32_t at = entries_.next(
-            0, entries_.used(), [ & ]( const Entry & entry ) { return entry.key == key; } );
+         const std::uint32_t at =
+            entries_.scan( [ & ]( const Kept & kept ) { return kept.key == stored; } );
          return { at != entries_.used() ? at : none, none };
       }
-      const std::uint32_t slot = index_.find(
-         key.hash(), [ & ]( std::uint32_t position ) { return entries_[ position ].key == key; } );
-      return { slot != none ? index_.position( slot ) : none, slot };
+      return index_.find( Stored::hash( stored ), [ & ]( std::uint32_t position ) {
+         return entries_[ position ].key == stored;
+      } );
    }
 
    // All that can throw comes before the first change that shows.
-   void append( const Key & key, Value && value ) {
-      if ( entries_.used() >= ( index_.empty() ? scanLimit : index_.room() ) ) {
+   void append( const typename Stored::Type & key, Value && value ) {
+      if ( index_.empty() ? entries_.used() >= scanLimit : index_.full( entries_.used() ) ) {
          makeIndexRoom();
       }
       entries_.makeRoom();
       if ( !index_.empty() ) {
-         index_.add( key.hash(), entries_.used() );
+         index_.add( Stored::hash( key ), entries_.used() );
       }
-      entries_.add( Entry{ key, std::move( value ) } );
+      entries_.add( Kept{ key, std::move( value ) } );
       ++liveCount_;
    }
 
-   // Closing the holes gives room enough where they are a quarter of it, or where it costs a scan
-   // only; otherwise the index is doubled.
+   // Closing the holes gives room enough where the index would not be three quarters full of live
+   // entries, or where it costs a scan only; otherwise the index is doubled.
    void makeIndexRoom() {
-      const std::uint32_t room = index_.empty() ? scanLimit : index_.room();
-      const std::uint32_t enough = index_.empty() ? scanLimit - 1 : room - room / 4;
+      const std::uint32_t enough = index_.empty() ? scanLimit - 1 : index_.load() - index_.load() / 4;
       if ( passes_ == 0 && liveCount_ <= enough ) {
          squeeze();
          return;
       }
-      PositionIndex index( 2 * room );
+      index_ = PositionIndex( index_.empty() ? firstSlots : 2 * index_.slots() );
       if ( passes_ == 0 ) {
-         entries_.closeHoles();
-      }
-      index_ = std::move( index );
-      indexAll();
-   }
-
-   void indexAll() noexcept {
-      for ( std::uint32_t at = 0; at < entries_.used(); ++at ) {
-         if ( entries_.live( at ) ) {
-            index_.add( entries_[ at ].key.hash(), at );
-         }
+         entries_.closeHoles( enter() );
+      } else {
+         entries_.forEachLive( enter() );
       }
    }
 
    // Only while no pass is under way, because a pass counts on positions.
    void squeeze() noexcept {
-      entries_.closeHoles();
-      if ( !index_.empty() ) {
+      if ( index_.empty() ) {
+         entries_.closeHoles( []( std::uint32_t /* at */, const Kept & /* kept */ ) {} );
+      } else {
          index_.clear();
-         indexAll();
+         entries_.closeHoles( enter() );
       }
+   }
+
+   auto enter() noexcept {
+      return [ this ]( std::uint32_t at, const Kept & kept ) {
+         index_.add( Stored::hash( kept.key ), at );
+      };
    }
 
    // As many holes as live entries are enough to pay for closing them.
@@ -204,7 +211,7 @@ class KeyMap {
       }
    }
 
-   EntryStore< Entry > entries_;
+   EntryStore< Kept > entries_;
    PositionIndex index_; // empty: scan
    std::uint32_t liveCount_ = 0;
    mutable std::uint32_t passes_ = 0;

@@ -3,18 +3,16 @@
 // The index of a keyed collection: from the hash of a key to the position of its entry.
 //
 // Layout: open addressing with linear probing over 32-bit slots, a power of two of them. The low
-// bits of a slot are a position, the high bits those of the hash that did not choose the slot, so
-// that nearly every slot that does not belong to a key is told from the slot alone, without a look
-// at the entry.
+// bits of a slot are a position, the high bits those of the hash that did not choose the slot, and
+// the highest one tells that there is a position; so nearly every slot that does not belong to a
+// key is told from the slot alone, without a look at the entry.
 // Errors: the constructor throws when there is no memory; nothing else fails.
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <utility>
 
 namespace Vex {
 
@@ -22,61 +20,71 @@ class PositionIndex {
  public:
    static constexpr std::uint32_t none = std::numeric_limits< std::uint32_t >::max();
 
+   struct Place {
+      std::uint32_t position; // none: the key is absent
+      std::uint32_t slot;
+   };
+
    /// Without slots.
    PositionIndex() noexcept = default;
-   /// For at least `positions` positions; a quarter of the slots stays free.
-   explicit PositionIndex( std::uint32_t positions )
-       : mask_( std::bit_ceil( positions + ( positions + 2 ) / 3 ) - 1 ),
-         slots_( std::make_unique< std::uint32_t[] >( std::size_t{ mask_ } + 1 ) ) {} // NOLINT
+   /// With so many slots, a power of two.
+   explicit PositionIndex( std::uint32_t slots )
+       : mask_( slots - 1 ), slots_( std::make_unique< std::uint32_t[] >( slots ) ) {} // NOLINT
 
    bool empty() const noexcept { return mask_ == 0; }
-   /// Positions from this on have no place.
-   std::uint32_t room() const noexcept { return mask_ - mask_ / 4; }
+   std::uint32_t slots() const noexcept { return mask_ + 1; }
+   /// So many slots may be in use: a quarter stays free, which keeps the ways to a key short.
+   std::uint32_t load() const noexcept { return mask_ - mask_ / 4; }
+   /// There is no room for `position`, or none for any more entry.
+   bool full( std::uint32_t position ) const noexcept {
+      return position > mask_ || inUse_ >= load();
+   }
 
-   /// The slot of the position for which `holds( position )`, among those of this hash, or none.
+   /// Where the entry is for which `holds( position )`, among those of this hash.
    template < class Holds >
-   std::uint32_t find( std::size_t hash, const Holds & holds ) const noexcept {
+   Place find( std::size_t hash, const Holds & holds ) const noexcept {
+      const std::uint32_t tag = tagOf( hash );
       for ( std::uint32_t at = home( hash );; at = ( at + 1 ) & mask_ ) {
          const std::uint32_t slot = slots_[ at ];
-         if ( slot == free ) {
-            return none;
-         }
-         if ( ( ( slot ^ hash ) & tagBits() ) == 0 && slot != removed &&
-              holds( positionOf( slot ) ) ) {
-            return at;
+         if ( ( slot & ~mask_ ) == tag ) [[likely]] {
+            if ( const std::uint32_t position = slot & mask_; holds( position ) ) [[likely]] {
+               return { position, at };
+            }
+         } else if ( slot == free ) {
+            return { none, none };
          }
       }
    }
-   std::uint32_t position( std::uint32_t slot ) const noexcept {
-      return positionOf( slots_[ slot ] );
-   }
 
-   /// Enters a position below room() that is not there yet.
+   /// Enters a position that is not there yet and for which it is not full.
    void add( std::size_t hash, std::uint32_t position ) noexcept {
       std::uint32_t at = home( hash );
-      while ( slots_[ at ] != free && slots_[ at ] != removed ) {
+      while ( slots_[ at ] > removed ) {
          at = ( at + 1 ) & mask_;
       }
-      slots_[ at ] = ( static_cast< std::uint32_t >( hash ) & tagBits() ) | ( position + marks );
+      inUse_ += static_cast< std::uint32_t >( slots_[ at ] == free );
+      slots_[ at ] = tagOf( hash ) | position;
    }
    void remove( std::uint32_t slot ) noexcept { slots_[ slot ] = removed; }
-   void clear() noexcept { std::fill_n( slots_.get(), std::size_t{ mask_ } + 1, free ); }
+   void clear() noexcept {
+      std::fill_n( slots_.get(), slots(), free );
+      inUse_ = 0;
+   }
 
  private:
-   // Positions are entered above the two marks; room() leaves the space for that.
    static constexpr std::uint32_t free = 0;
    static constexpr std::uint32_t removed = 1;
-   static constexpr std::uint32_t marks = 2;
+   static constexpr std::uint32_t hasPosition = std::uint32_t{ 1 } << 31U;
 
+   std::uint32_t tagOf( std::size_t hash ) const noexcept {
+      return ( static_cast< std::uint32_t >( hash ) & ~mask_ ) | hasPosition;
+   }
    std::uint32_t home( std::size_t hash ) const noexcept {
       return static_cast< std::uint32_t >( hash ) & mask_;
    }
-   std::uint32_t tagBits() const noexcept { return ~mask_; }
-   std::uint32_t positionOf( std::uint32_t slot ) const noexcept {
-      return ( slot & mask_ ) - marks;
-   }
 
    std::uint32_t mask_ = 0;
+   std::uint32_t inUse_ = 0; // slots that are not free, removed ones among them
    std::unique_ptr< std::uint32_t[] > slots_; // NOLINT(modernize-avoid-c-arrays): sized at run time
 };
 

@@ -14,6 +14,15 @@ struct IntfFeature {
    Nodo::IntfId member;
    Nodo::IntfId lag;
 
+   /// Both handles in one number, as collections keep them.
+   constexpr std::uint64_t packed() const noexcept {
+      return member.packed() | std::uint64_t{ lag.packed() } << 32U;
+   }
+   static constexpr IntfFeature unpacked( std::uint64_t packed ) noexcept {
+      return { Nodo::IntfId::unpacked( static_cast< std::uint32_t >( packed ) ),
+               Nodo::IntfId::unpacked( static_cast< std::uint32_t >( packed >> 32U ) ) };
+   }
+
    constexpr std::size_t hash( std::uint32_t seed = 0 ) const noexcept {
       // Each half by an odd constant of its own, so that (a, b) and (b, a) differ; the upper half
       // of the product is the well-mixed one.
