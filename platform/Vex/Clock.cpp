@@ -46,7 +46,7 @@ const Clock * clockIs( const Clock * clock ) noexcept {
 
 Seconds Detail::readEventClock() noexcept {
    const Seconds time = now();
-   if ( eventClock.notification ) {
+   if ( eventClock.notifications == Notifications::underWay ) {
       eventClock.time = time;
       eventClock.left = callersPerClockRead - 1;
    }

@@ -95,13 +95,14 @@ class VEX_EXPORT Entity : public Object {
 
    /// Tells the notifiees; the last thing that a mutator does.
    void notify( Attribute attribute, const Key & key = Key() ) const {
-      if ( first_ == nullptr && !others_ ) {
+      Receiver * const first = first_;
+      if ( first == nullptr && !others_ ) {
          return;
       }
       const Delivery delivery( *this );
       const std::size_t others = others_ ? others_->size() : 0; // later ones hear of later changes
-      if ( Receiver * const receiver = first_; receiver != nullptr ) {
-         receiver->onAttribute( attribute, key );
+      if ( first != nullptr ) {
+         first->onAttribute( attribute, key );
       }
       for ( std::size_t at = 0; at < others; ++at ) {
          if ( Receiver * const receiver = ( *others_ )[ at ]; receiver != nullptr ) {

@@ -17,7 +17,6 @@
 // any.
 
 #include "platform/Vex/Export.h"
-#include "platform/Vex/Object.h"
 #include "platform/Vex/Seconds.h"
 
 #include <cstdint>
@@ -29,10 +28,16 @@ inline constexpr std::uint32_t callersPerClockRead = 16;
 
 namespace Detail {
 
+enum class Notifications : std::uint8_t {
+   none,
+   underWay,
+   notCounted, // in the thread-safe mode
+};
+
 struct EventClock {
    Seconds time;
    std::uint32_t left = 0; // callers that still get this time; 0 in the thread-safe mode, always
-   bool notification = false; // one is under way; in the thread-safe mode this is never set
+   Notifications notifications = Notifications::none;
 };
 
 // Read for every record, so it is no function.
@@ -69,9 +74,9 @@ inline Seconds eventTime() noexcept {
 class EventScope {
  public:
    EventScope() noexcept
-       : outermost_( !Detail::eventClock.notification && pointerMode() == PointerMode::plain ) {
+       : outermost_( Detail::eventClock.notifications == Detail::Notifications::none ) {
       if ( outermost_ ) {
-         Detail::eventClock.notification = true;
+         Detail::eventClock.notifications = Detail::Notifications::underWay;
       }
    }
    EventScope( const EventScope & ) = delete;
@@ -80,7 +85,7 @@ class EventScope {
    EventScope & operator=( EventScope && ) = delete;
    ~EventScope() {
       if ( outermost_ ) {
-         Detail::eventClock.notification = false;
+         Detail::eventClock.notifications = Detail::Notifications::none;
          Detail::eventClock.left = 0;
       }
    }

@@ -1,6 +1,7 @@
 #include "platform/Vex/Object.h"
 
 #include "platform/Vex/Assert.h"
+#include "platform/Vex/EventClock.h"
 
 namespace Vex {
 
@@ -15,6 +16,8 @@ std::atomic< bool > anyObjectBorn{ false };
 void pointerModeIs( PointerMode mode ) {
    VEX_ASSERT( !anyObjectBorn.load() );
    Detail::threadSafePointers = mode == PointerMode::threadSafe;
+   Detail::eventClock.notifications = Detail::threadSafePointers ? Detail::Notifications::notCounted
+                                                                 : Detail::Notifications::none;
 }
 
 Object::Object() noexcept {

@@ -49,6 +49,13 @@ TEST( IntfIdTest, HandlesAreNumberedInTheOrderInWhichTextsAreSeen ) {
    EXPECT_EQ( IntfId( "numbered first" ).value(), first.value() );
 }
 
+TEST( IntfIdTest, IsTheSameAfterItWasPacked ) {
+   const IntfId intf( "packed" );
+   EXPECT_EQ( IntfId::unpacked( intf.packed() ), intf );
+   EXPECT_EQ( intf.packed(), intf.value() );
+   EXPECT_EQ( IntfId::unpacked( 0 ), IntfId() );
+}
+
 TEST( IntfIdTest, HashesOfConsecutiveHandlesSpread ) {
    std::set< std::size_t > buckets;
    for ( int at = 0; at < 1024; ++at ) {

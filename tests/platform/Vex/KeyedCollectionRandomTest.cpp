@@ -177,4 +177,9 @@ TEST( KeyMapRandomTest, AgreesWithAListOfPairsOfCollidingKeys ) {
    play< Hashing::one >( 5, 60, 10'000 );
 }
 
+TEST( KeyMapRandomTest, AgreesWithAListOfPairsOfKeysThatAreKeptAsNumbers ) {
+   play< Hashing::packed >( 6, 24, 20'000 );
+   play< Hashing::packed >( 7, 300, 30'000 );
+}
+
 } // namespace

@@ -347,6 +347,12 @@ TEST( KeyMapSizeTest, KeysWithCollidingHashesAreToldApart ) {
    }
 }
 
+TEST( KeyMapSizeTest, KeysThatAreKeptAsNumbersAreToldApart ) {
+   for ( const int size : { 4, 5, 16, 17, 18, 33, 200, 5'000 } ) {
+      growAndShrink< TestKey< Hashing::packed > >( size );
+   }
+}
+
 TEST( KeyMapSizeTest, AHundredThousandEntriesAreFoundAtOnce ) {
    growAndShrink< Key >( 100'000 );
    Vex::KeyMap< Key, int > map;

@@ -25,6 +25,13 @@ TEST( IntfFeature, IsEqualWhereBothIdentifiersAre ) {
    EXPECT_NE( feature, entry( "PortChannel10", "Ethernet1" ) );
 }
 
+TEST( IntfFeature, IsTheSameAfterItWasPacked ) {
+   const IntfFeature feature = entry( "Ethernet1", "PortChannel10" );
+   EXPECT_EQ( IntfFeature::unpacked( feature.packed() ), feature );
+   EXPECT_EQ( IntfFeature::unpacked( 0 ), IntfFeature() );
+   EXPECT_NE( feature.packed(), entry( "PortChannel10", "Ethernet1" ).packed() );
+}
+
 TEST( IntfFeature, TheHashDependsOnBothIdentifiersTheirOrderAndTheSeed ) {
    const IntfFeature feature = entry( "Ethernet1", "PortChannel10" );
    EXPECT_EQ( feature.hash( 1 ), entry( "Ethernet1", "PortChannel10" ).hash( 1 ) );
