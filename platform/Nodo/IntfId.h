@@ -35,7 +35,9 @@ class VEX_EXPORT IntfId {
    constexpr std::uint64_t value() const noexcept { return value_; }
 
    /// The handle in four bytes, as collections keep it; there are never as many texts.
-   constexpr std::uint32_t packed() const noexcept { return static_cast< std::uint32_t >( value_ ); }
+   constexpr std::uint32_t packed() const noexcept {
+      return static_cast< std::uint32_t >( value_ );
+   }
    static constexpr IntfId unpacked( std::uint32_t packed ) noexcept {
       IntfId id;
       id.value_ = packed;

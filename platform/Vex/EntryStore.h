@@ -149,12 +149,15 @@ class EntryStore {
       return ( entries + wordBits - 1 ) / wordBits;
    }
 
-   const std::uint64_t * marks() const noexcept { return farMarks_ ? farMarks_.get() : &nearMarks_; }
+   const std::uint64_t * marks() const noexcept {
+      return farMarks_ ? farMarks_.get() : &nearMarks_;
+   }
    std::uint64_t * marks() noexcept { return farMarks_ ? farMarks_.get() : &nearMarks_; }
 
    void makeMarks( std::uint32_t capacity ) {
       if ( wordsFor( capacity ) > 1 ) {
-         auto marks = std::make_unique< std::uint64_t[] >( wordsFor( capacity ) ); // NOLINT: see Words
+         auto marks =
+            std::make_unique< std::uint64_t[] >( wordsFor( capacity ) ); // NOLINT: see Words
          std::copy_n( this->marks(), wordsFor( used_ ), marks.get() );
          farMarks_ = std::move( marks );
       }

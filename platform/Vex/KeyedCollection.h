@@ -172,7 +172,8 @@ class KeyMap {
    // Closing the holes gives room enough where the index would not be three quarters full of live
    // entries, or where it costs a scan only; otherwise the index is doubled.
    void makeIndexRoom() {
-      const std::uint32_t enough = index_.empty() ? scanLimit - 1 : index_.load() - index_.load() / 4;
+      const std::uint32_t enough =
+         index_.empty() ? scanLimit - 1 : index_.load() - index_.load() / 4;
       if ( passes_ == 0 && liveCount_ <= enough ) {
          squeeze();
          return;

@@ -16,8 +16,8 @@ std::atomic< bool > anyObjectBorn{ false };
 void pointerModeIs( PointerMode mode ) {
    VEX_ASSERT( !anyObjectBorn.load() );
    Detail::threadSafePointers = mode == PointerMode::threadSafe;
-   Detail::eventClock.notifications = Detail::threadSafePointers ? Detail::Notifications::notCounted
-                                                                 : Detail::Notifications::none;
+   Detail::eventClock.notifications =
+      Detail::threadSafePointers ? Detail::Notifications::notCounted : Detail::Notifications::none;
 }
 
 Object::Object() noexcept {
