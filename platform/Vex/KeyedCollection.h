@@ -53,12 +53,20 @@ class KeyMap {
 
    std::size_t size() const noexcept { return liveCount_; }
    bool empty() const noexcept { return liveCount_ == 0; }
-   bool has( const Key & key ) const noexcept { return find( key ) != nullptr; }
+   bool has( const Key & key ) const noexcept { return place( key ).position != none; }
 
-   /// The value under `key`, or null; valid until the next mutation.
+   /// The value under `key`, or null; valid until the next mutation. Whoever decides about one key
+   /// asks for it several times in a row, so the entry that was found last is looked at first.
    const Value * find( const Key & key ) const noexcept {
+      if ( foundLast_ != none && entries_[ foundLast_ ].key == Stored::from( key ) ) {
+         return &entries_[ foundLast_ ].value;
+      }
       const Place found = place( key );
-      return found.position != none ? &entries_[ found.position ].value : nullptr;
+      if ( found.position == none ) {
+         return nullptr;
+      }
+      foundLast_ = found.position;
+      return &entries_[ found.position ].value;
    }
    /// A copy of the value under `key`, or a default one.
    Value get( const Key & key ) const {
@@ -96,6 +104,7 @@ class KeyMap {
       }
       std::optional< Value > taken( std::exchange( entries_[ found.position ].value, Value() ) );
       entries_.makeHole( found.position );
+      foundLast_ = none;
       if ( !index_.empty() ) {
          index_.remove( found.slot );
       }
@@ -180,6 +189,7 @@ class KeyMap {
       }
       index_ = PositionIndex( index_.empty() ? firstSlots : 2 * index_.slots() );
       if ( passes_ == 0 ) {
+         foundLast_ = none;
          entries_.closeHoles( enter() );
       } else {
          entries_.forEachLive( enter() );
@@ -188,6 +198,7 @@ class KeyMap {
 
    // Only while no pass is under way, because a pass counts on positions.
    void squeeze() noexcept {
+      foundLast_ = none;
       if ( index_.empty() ) {
          entries_.closeHoles( []( std::uint32_t /* at */, const Kept & /* kept */ ) {} );
       } else {
@@ -216,6 +227,7 @@ class KeyMap {
    PositionIndex index_; // empty: scan
    std::uint32_t liveCount_ = 0;
    mutable std::uint32_t passes_ = 0;
+   mutable std::uint32_t foundLast_ = none; // by find(), and still at that position
 };
 
 template < class Key >

@@ -131,6 +131,34 @@ TEST_F( KeyMapTest, EntriesHandOutKeyAndValue ) {
    EXPECT_EQ( seen, "1=1 2=2 " );
 }
 
+TEST_F( KeyMapTest, WhatWasFoundLastIsNotFoundOnceItIsGone ) {
+   fill( 3 );
+   ASSERT_NE( map.find( { 2 } ), nullptr );
+   map.erase( { 2 } );
+   EXPECT_EQ( map.find( { 2 } ), nullptr );
+}
+
+TEST_F( KeyMapTest, WhatWasFoundLastIsFoundWhereItHasMovedTo ) {
+   for ( const int size : { 20, 17, 100 } ) { // scanned, about to get an index, and with one
+      Vex::KeyMap< Key, int > moving;
+      for ( int key = 0; key < size; ++key ) {
+         moving.put( { key }, key );
+         if ( key % 3 != 0 ) {
+            moving.erase( { key - 1 } );
+         }
+         const int * const found = moving.find( { key } );
+         ASSERT_NE( found, nullptr );
+         ASSERT_EQ( *found, key );
+         ASSERT_EQ( moving.find( { key } ), found );
+      }
+      for ( int key = 0; key < 10 * size; ++key ) { // moves what stays to the front
+         moving.put( { -1 }, key );
+         ASSERT_EQ( moving.get( { size - 1 } ), size - 1 );
+         moving.erase( { -1 } );
+      }
+   }
+}
+
 TEST_F( KeyMapTest, APointerToAValueSeesItOverwritten ) {
    fill( 1 );
    const std::string * const value = map.find( { 1 } );
