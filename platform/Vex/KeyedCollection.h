@@ -30,6 +30,7 @@
 
 namespace Vex {
 
+/// The value of a set's entries.
 struct NoValue {
    friend bool operator==( NoValue, NoValue ) = default;
 };
@@ -39,6 +40,7 @@ struct NoValue {
 template < class Key, class Value >
 class KeyMap {
  public:
+   /// What a pass over entries visits.
    struct Entry {
       Key key{};
       [[no_unique_address]] Value value{};
@@ -115,9 +117,11 @@ class KeyMap {
    /// Removes `key`; false when it is absent.
    bool erase( const Key & key ) { return take( key ).has_value(); }
 
+   /// Of an entry, what a pass over keys visits.
    struct ToKey {
       Key operator()( const auto & kept ) const { return Stored::to( kept.key ); }
    };
+   /// Of an entry, what a pass over entries visits.
    struct ToEntry {
       Entry operator()( const auto & kept ) const { return { Stored::to( kept.key ), kept.value }; }
    };
