@@ -22,6 +22,7 @@ using DescriptorId = std::uint32_t;
 /// What stands at one place of a message: a literal text, or a placeholder for an argument.
 enum class PieceKind : std::uint8_t { literal, text, boolean, number, time };
 
+/// One place of a message.
 struct Piece {
    PieceKind kind;
    Vex::String literal; // empty for a placeholder

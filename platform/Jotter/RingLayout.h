@@ -55,6 +55,7 @@ static_assert( Word::is_always_lock_free && sizeof( Word ) == 8 );
 static_assert( std::endian::native == std::endian::little,
                "the layout is that of little-endian machines" );
 
+/// The first 64 bytes of a trace file.
 struct Header {
    std::array< char, 8 > magic;
    std::uint32_t version;
@@ -88,6 +89,7 @@ inline constexpr std::size_t cellWords = 7;
 inline constexpr std::size_t cellBytes = cellWords * sizeof( std::uint64_t );
 using Content = std::array< std::uint64_t, cellWords >;
 
+/// One cell of the ring: its content, and what the stamp says of it.
 struct alignas( 64 ) Cell {
    Word stamp;
    std::array< Word, cellWords > content;

@@ -23,6 +23,7 @@ struct FileParts {
 /// Throws TraceFileError. `bytes` are aligned as a cell is.
 FileParts partsOf( std::span< const std::byte > bytes );
 
+/// The call sites of a trace file, as they are encoded there.
 struct DescriptorArea {
    std::span< const std::byte > used;
    bool cut; // there was more, or there is no telling how much is in use

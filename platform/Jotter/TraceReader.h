@@ -25,6 +25,7 @@
 
 namespace Jotter {
 
+/// One record, read back.
 struct Record {
    std::uint64_t sequence; // from 1, without gaps where no record was lost
    Vex::Seconds time; // on the framework's clock
@@ -35,6 +36,7 @@ struct Record {
    VEX_EXPORT Vex::String message() const;
 };
 
+/// What could be read of a trace file.
 struct TraceFileContents {
    std::vector< Record > records; // whole ones only, oldest first
    std::vector< Vex::String > problems; // one line each: what is damaged or missing

@@ -22,6 +22,7 @@ namespace Kel {
 
 class VEX_EXPORT Deadlines {
  public:
+   /// An interface and its deadline.
    struct Entry {
       Nodo::IntfId key;
       Vex::Seconds value;

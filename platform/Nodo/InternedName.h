@@ -47,7 +47,7 @@ static_assert( sizeof( InternedName ) == 64 );
 namespace Detail {
 
 // Handles fit into four bytes.
-inline constexpr std::size_t nameBlocks = 32;
+inline constexpr unsigned nameBlocks = 32;
 
 // Read for every name in a record, so it is no function. The name of no interface is there from the
 // start.
@@ -55,7 +55,8 @@ inline constexpr std::size_t nameBlocks = 32;
 VEX_EXPORT extern std::array< std::atomic< InternedName * >, nameBlocks > names;
 
 constexpr unsigned nameBlockOf( std::uint64_t number ) noexcept {
-   return static_cast< unsigned >( std::bit_width( number + 1 ) ) - 1;
+   // The remainder changes nothing: it shows the compiler that the block is one of those there are.
+   return ( static_cast< unsigned >( std::bit_width( number + 1 ) ) - 1 ) % nameBlocks;
 }
 constexpr std::uint64_t namesIn( unsigned block ) noexcept {
    return std::uint64_t{ 1 } << block;

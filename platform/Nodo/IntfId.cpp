@@ -1,5 +1,7 @@
 #include "platform/Nodo/IntfId.h"
 
+#include "platform/Vex/Assert.h"
+
 #include <array>
 #include <atomic>
 #include <compare>
@@ -50,6 +52,7 @@ class InternedTexts {
  private:
    std::uint64_t add( const Vex::String & text ) {
       const std::uint64_t number = count_;
+      VEX_ASSERT( number < Detail::namesIn( Detail::nameBlocks ) - 1 );
       const unsigned block = Detail::nameBlockOf( number );
       InternedName * names = Detail::names.at( block ).load( std::memory_order_relaxed );
       if ( names == nullptr ) {

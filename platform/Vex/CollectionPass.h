@@ -8,6 +8,7 @@
 
 namespace Vex {
 
+/// Accepts every entry.
 struct AnyEntry {
    bool operator()( const auto & /* entry */ ) const noexcept { return true; }
 };
@@ -31,6 +32,7 @@ class CollectionPass {
 
    struct End {};
 
+   /// Stands on an entry that `Wanted` accepts, or at the end.
    class Iterator {
     public:
       Iterator( const Collection & collection, std::uint32_t end, Wanted wanted ) noexcept

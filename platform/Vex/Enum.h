@@ -21,6 +21,7 @@
 
 namespace Vex {
 
+/// One enumerator: its number and its name.
 struct EnumEntry {
    std::int64_t value;
    std::string_view name;

@@ -26,6 +26,7 @@
 
 namespace Vex {
 
+/// The arguments do not fit; the text names the state machine, the position and the type wanted.
 class VEX_EXPORT ConstructionError : public std::invalid_argument {
  public:
    explicit ConstructionError( const String & what ) : std::invalid_argument( what ) {}

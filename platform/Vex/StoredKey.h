@@ -21,8 +21,8 @@ concept PackedKey = requires( const Key & key ) {
 template < class Key >
 struct StoredKey {
    using Type = Key;
-   static const Key & from( const Key & key ) noexcept { return key; }
-   static const Key & to( const Key & stored ) noexcept { return stored; }
+   static Key from( const Key & key ) noexcept { return key; }
+   static Key to( const Key & stored ) noexcept { return stored; }
    static std::size_t hash( const Key & stored ) noexcept { return stored.hash(); }
 };
 

@@ -32,6 +32,7 @@ namespace Vex {
 /// "none", "all", or a list such as "0,2-4" of levels 0 to 31; nothing when it is none of these.
 VEX_EXPORT std::optional< std::uint32_t > parseLevelMask( std::string_view levels ) noexcept;
 
+/// A name under which messages are traced, and the levels that are on for it.
 class TraceHandle {
  public:
    TraceHandle( std::string_view name, std::uint32_t levelMask )
@@ -52,6 +53,7 @@ class TraceHandle {
 /// The handle of this name, created on first use; lives until the process ends.
 VEX_EXPORT TraceHandle & traceHandle( std::string_view name );
 
+/// One message of the text trace.
 struct TraceRecord {
    std::string_view source; // for example "Velo/VeloVlanXlateIntfInterlockSm"
    std::uint32_t line;
@@ -60,6 +62,7 @@ struct TraceRecord {
    std::string_view message;
 };
 
+/// Where the messages of the text trace go.
 class VEX_EXPORT TraceSink {
  public:
    TraceSink() = default;

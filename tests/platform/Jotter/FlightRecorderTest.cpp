@@ -51,18 +51,20 @@ class FlightRecorderTest : public testing::Test {
 
    void recordRun( const std::string & what ) const {
       TraceFile file( folder.path(), small );
-      file.describe( 1, describedBy( { placeholder( PieceKind::text ) } ) );
-      file.write( 1, IntfId( what ) );
+      file.write( oneText, IntfId( what ) );
    }
 
    const TraceFolder folder;
    const std::string path = folder.path();
+   // A file on disk knows the call sites of this process from its start, so that no test may give
+   // them numbers of its own.
+   const Jotter::DescriptorId oneText =
+      Jotter::registerDescriptor( describedBy( { placeholder( PieceKind::text ) } ) );
 };
 
 TEST_F( FlightRecorderTest, TheFileIsReadableOnDiskWhileItIsWrittenAndAfterwards ) {
    TraceFile file( path, small );
-   file.describe( 1, describedBy( { placeholder( PieceKind::text ) } ) );
-   file.write( 1, IntfId( "Ethernet1" ) );
+   file.write( oneText, IntfId( "Ethernet1" ) );
    EXPECT_THAT( messagesOf( folder.bytes() ), ElementsAre( "Ethernet1" ) );
    EXPECT_THAT( folder.names(), ElementsAre( "agent.trace" ) );
 }
@@ -108,8 +110,7 @@ TEST_F( FlightRecorderTest, TheFileOfAKilledProcessIsFreeAndKept ) {
    ASSERT_GE( child, 0 );
    if ( child == 0 ) {
       TraceFile file( path, small );
-      file.describe( 1, describedBy( { placeholder( PieceKind::text ) } ) );
-      file.write( 1, IntfId( "last words" ) );
+      file.write( oneText, IntfId( "last words" ) );
       kill( getpid(), SIGKILL );
    }
    waitpid( child, nullptr, 0 );

@@ -1,9 +1,9 @@
 // A process is killed while it writes records as fast as it can: at any instant, many times, and
 // once more after every single instruction.
 
-#include "platform/Jotter/RingLayout.h"
 #include "tests/platform/Jotter/Rings.h"
 #include "tests/platform/Jotter/TraceFolder.h"
+#include "tests/platform/Sanitized.h"
 #include "tests/platform/Seed.h"
 
 #include <algorithm>
@@ -28,7 +28,6 @@
 
 namespace {
 
-namespace Layout = Jotter::Layout;
 using Jotter::PieceKind;
 using Nodo::IntfId;
 
@@ -75,12 +74,8 @@ class Script {
       }
    }
 
-   static void describe( Jotter::TraceFile & file ) {
-      file.describe( 1, describedBy( { placeholder( PieceKind::number ), literal( " " ),
-                                       placeholder( PieceKind::text ) } ) );
-   }
    void write( Jotter::TraceFile & file, std::uint64_t record ) const {
-      file.write( 1, record, " ", texts_[ record % texts_.size() ] );
+      file.write( site_, record, " ", texts_[ record % texts_.size() ] );
    }
    Vex::String message( std::uint64_t record ) const {
       return std::to_string( record ) + " " + texts_[ record % texts_.size() ].stringValue();
@@ -95,6 +90,9 @@ class Script {
       return record / texts_.size() * cycle_ + starts_[ record % texts_.size() ];
    }
 
+   // Every file on disk that is made later knows it.
+   Jotter::DescriptorId site_ = Jotter::registerDescriptor( describedBy(
+      { placeholder( PieceKind::number ), literal( " " ), placeholder( PieceKind::text ) } ) );
    std::vector< IntfId > texts_;
    std::vector< std::uint64_t > starts_; // in a cycle of all texts
    std::uint64_t cycle_ = 0;
@@ -153,7 +151,6 @@ std::filesystem::path inMemoryIfThereIs() {
                                     const SharedProgress & progress ) {
    try {
       Jotter::TraceFile file( path, Jotter::TraceFile::fewestBytes );
-      Script::describe( file );
       for ( std::uint64_t record = 1;; ++record ) {
          script.write( file, record );
          progress->completed.store( record, std::memory_order_release );
@@ -221,7 +218,6 @@ TEST( KillTest, WhatWasWrittenIsThereAfterEveryInstructionOfTheWriter ) {
    const Script script;
    const SharedProgress progress;
    Jotter::TraceFile file( folder.path(), Jotter::TraceFile::fewestBytes );
-   Script::describe( file );
    // The ring has gone round, and some long records (each fourth) and short ones come next.
    while ( progress->completed < 403 ) {
       const std::uint64_t record = progress->completed + 1;
@@ -236,11 +232,8 @@ TEST( KillTest, WhatWasWrittenIsThereAfterEveryInstructionOfTheWriter ) {
    if ( WIFEXITED( status ) && WEXITSTATUS( status ) == 77 ) {
       GTEST_SKIP() << "no process may be traced here";
    }
-#ifdef __SANITIZE_ADDRESS__
-   const std::uint64_t stride = 97; // far more instructions, and none of them others
-#else
-   const std::uint64_t stride = 1;
-#endif
+   // Sanitized, these are far more instructions, and none of them others.
+   const std::uint64_t stride = sanitized ? 97 : 1;
    std::uint64_t steps = 0;
    while ( WIFSTOPPED( status ) && progress->completed < last ) {
       if ( steps % stride == 0 ) {
@@ -264,7 +257,6 @@ TEST( KillTest, AnotherProcessReadsTheFileWhileItIsWritten ) {
    const Script script;
    const SharedProgress progress;
    Jotter::TraceFile file( folder.path(), Jotter::TraceFile::fewestBytes );
-   Script::describe( file );
    const pid_t child = fork();
    ASSERT_GE( child, 0 );
    if ( child == 0 ) {

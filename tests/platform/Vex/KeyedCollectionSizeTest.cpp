@@ -1,0 +1,116 @@
+// Sizes, holes and hashes of keyed collections.
+
+#include "platform/Vex/KeyedCollection.h"
+#include "tests/platform/Vex/TestKey.h"
+
+#include <cstddef>
+#include <gtest/gtest.h>
+
+namespace {
+
+using Key = TestKey< Hashing::spread >;
+
+template < class KeyType >
+void growAndShrink( int size ) {
+   SCOPED_TRACE( size );
+   Vex::KeyMap< KeyType, int > map;
+   for ( int key = 0; key < size; ++key ) {
+      ASSERT_TRUE( map.put( { key }, key + 1 ) );
+   }
+   for ( int key = 0; key < size; ++key ) {
+      ASSERT_EQ( map.get( { key } ), key + 1 );
+   }
+   ASSERT_FALSE( map.has( { size } ) );
+   for ( int key = 0; key < size; key += 2 ) {
+      ASSERT_EQ( map.take( { key } ), key + 1 );
+   }
+   ASSERT_EQ( map.size(), static_cast< std::size_t >( size / 2 ) );
+   for ( int key = 0; key < size; ++key ) {
+      ASSERT_EQ( map.has( { key } ), key % 2 == 1 ) << key;
+   }
+   for ( int key = 0; key < size; key += 2 ) {
+      ASSERT_TRUE( map.put( { key }, 0 ) );
+   }
+   int at = 0; // the odd ones have kept their order, the even ones came after them
+   for ( const KeyType key : map.keys() ) {
+      ASSERT_EQ( key.number, at < size / 2 ? 2 * at + 1 : 2 * ( at - size / 2 ) );
+      ++at;
+   }
+   ASSERT_EQ( at, size );
+   for ( int key = 0; key < size; ++key ) {
+      ASSERT_TRUE( map.erase( { key } ) );
+   }
+   ASSERT_TRUE( map.empty() );
+}
+
+TEST( KeyMapSizeTest, EverySizeAroundTheStepsOfItsGrowthWorks ) {
+   for ( int size = 0; size <= 40; ++size ) {
+      growAndShrink< Key >( size );
+   }
+   for ( const int size : { 63, 64, 65, 100, 127, 128, 129 } ) {
+      growAndShrink< Key >( size );
+   }
+}
+
+TEST( KeyMapSizeTest, KeysWithCollidingHashesAreToldApart ) {
+   for ( const int size : { 4, 5, 16, 17, 18, 33, 200 } ) {
+      growAndShrink< TestKey< Hashing::one > >( size );
+      growAndShrink< TestKey< Hashing::few > >( size );
+   }
+}
+
+TEST( KeyMapSizeTest, KeysThatAreKeptAsNumbersAreToldApart ) {
+   for ( const int size : { 4, 5, 16, 17, 18, 33, 200, 5'000 } ) {
+      growAndShrink< TestKey< Hashing::packed > >( size );
+   }
+}
+
+TEST( KeyMapSizeTest, AHundredThousandEntriesAreFoundAtOnce ) {
+   growAndShrink< Key >( 100'000 );
+   Vex::KeyMap< Key, int > map;
+   for ( int key = 0; key < 100'000; ++key ) {
+      map.put( { key }, key );
+   }
+   Key::comparisons = 0;
+   for ( int key = 0; key < 100'000; ++key ) {
+      ASSERT_TRUE( map.has( { key } ) );
+   }
+   EXPECT_LT( Key::comparisons, 1'000'000 );
+}
+
+TEST( KeyMapSizeTest, HolesAreClosedWhenThereAreMany ) {
+   Vex::KeyMap< Key, int > map;
+   for ( int key = 0; key < 10'000; ++key ) {
+      map.put( { key }, key );
+   }
+   for ( int key = 0; key < 9'990; ++key ) {
+      map.erase( { key } );
+   }
+   // A pass costs as much as there are entries, so many passes over ten cost little.
+   const int * const first = map.find( { 9'990 } );
+   const int * const last = map.find( { 9'999 } );
+   EXPECT_LE( last - first, 9 * 2 * 3 );
+   int visited = 0;
+   for ( const Key key : map.keys() ) {
+      EXPECT_GE( key.number, 9'990 );
+      ++visited;
+   }
+   EXPECT_EQ( visited, 10 );
+}
+
+TEST( KeyMapSizeTest, AKeyThatComesAndGoesAmongManyStaysCheap ) {
+   Vex::KeyMap< Key, int > map;
+   for ( int key = 0; key < 10'000; ++key ) {
+      map.put( { key }, key );
+   }
+   Key::comparisons = 0;
+   for ( int round = 0; round < 1'000; ++round ) {
+      map.erase( { 5'000 } );
+      map.put( { 5'000 }, round );
+   }
+   EXPECT_LT( Key::comparisons, 20'000 );
+   EXPECT_EQ( map.get( { 5'000 } ), 999 );
+   EXPECT_EQ( map.size(), 10'000 );
+}
+
+} // namespace
