@@ -1,5 +1,6 @@
 #pragma once
 
+#include "replay/Colours.h"
 #include "replay/Runner.h"
 
 #include <cstdint>
@@ -15,8 +16,12 @@ enum class ClockKind : std::uint8_t { virtualTime, realTime };
 struct Options {
    OutputKind output = OutputKind::text;
    ClockKind clock = ClockKind::virtualTime;
+   UseColours colours = UseColours::automatically;
+   bool quiet = false; // only what failed is shown
    RunOptions run;
    std::optional< std::string > traceFile; // to be made, for the records of the only scenario
+   std::optional< std::string > timeline; // to be written: the picture of the only scenario
+   bool summary = false; // at the end: how long each member was held, and by what
    std::vector< std::string > scenarios;
 };
 

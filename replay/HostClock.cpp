@@ -58,4 +58,9 @@ std::unique_ptr< HostClock > realHostClock( std::function< void() > beforeEachWa
    return std::make_unique< RealHostClock >( std::move( beforeEachWait ) );
 }
 
+Vex::Seconds realTime() noexcept {
+   using Span = std::chrono::duration< double >;
+   return Vex::Seconds( Span( std::chrono::steady_clock::now().time_since_epoch() ).count() );
+}
+
 } // namespace Replay

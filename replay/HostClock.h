@@ -42,4 +42,8 @@ class VirtualHostClock final : public HostClock {
 /// that moment: the same output as in virtual time.
 std::unique_ptr< HostClock > realHostClock( std::function< void() > beforeEachWait );
 
+/// Real time since a moment in the past, the same one for the whole process. For what people at a
+/// terminal are shown; nothing of a run may depend on it.
+Vex::Seconds realTime() noexcept;
+
 } // namespace Replay

@@ -76,4 +76,20 @@ void splitWords( std::string_view line, std::vector< Word > & words ) {
    }
 }
 
+void appendWords( std::string & out, std::span< const Word > words ) {
+   const std::size_t begin = out.size();
+   for ( const Word & word : words ) {
+      if ( out.size() > begin ) {
+         out += ' ';
+      }
+      if ( word.quoted ) {
+         out += '"';
+      }
+      out += word.text;
+      if ( word.quoted ) {
+         out += '"';
+      }
+   }
+}
+
 } // namespace Replay

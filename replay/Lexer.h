@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -14,5 +16,8 @@ struct Word {
 /// Splits a line, without its end, into words, which replace those in `words`; a comment is left
 /// out. A StatementError when a quote is out of place, or when the line is no UTF-8 text.
 void splitWords( std::string_view line, std::vector< Word > & words );
+
+/// Appends the words as a line that splits into the same ones, with one blank between two.
+void appendWords( std::string & out, std::span< const Word > words );
 
 } // namespace Replay

@@ -20,6 +20,8 @@
 
 namespace Replay {
 
+class Stage;
+
 /// The result of an `expect`.
 struct Finding {
    bool ok;
@@ -47,6 +49,8 @@ class Output : public SwitchEvents {
    virtual std::uint32_t levelsAlwaysShown() const noexcept = 0;
 
    virtual void begin( std::string_view file ) = 0;
+   /// What it is played on, before the first statement; is there until the end of the run.
+   virtual void stageIs( const Stage & /* stage */ ) {}
    /// A switch of a pair has sent a message, which arrives after these delays; none: it is lost.
    virtual void sent( const Peering::Message & message,
                       std::span< const Vex::Seconds > delays ) = 0;

@@ -17,22 +17,6 @@ namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-void appendStatement( std::string & texts, const std::vector< Word > & words ) {
-   const std::size_t begin = texts.size();
-   for ( const Word & word : words ) {
-      if ( texts.size() > begin ) {
-         texts += ' ';
-      }
-      if ( word.quoted ) {
-         texts += '"';
-      }
-      texts += word.text;
-      if ( word.quoted ) {
-         texts += '"';
-      }
-   }
-}
-
 } // namespace
 
 Scenario parseScenario( std::string_view text ) {
@@ -55,7 +39,7 @@ Scenario parseScenario( std::string_view text ) {
          }
          Statement statement = parseStatement( words );
          const std::size_t textAt = scenario.texts.size();
-         appendStatement( scenario.texts, words );
+         appendWords( scenario.texts, words );
          scenario.expectsTrace |= std::holds_alternative< ExpectTrace >( statement );
          scenario.ofPair |= std::visit(
             []( const auto & of ) { return isOfPair< std::remove_cvref_t< decltype( of ) > >; },

@@ -3,18 +3,26 @@
 #include "platform/Jotter/RingLayout.h"
 #include "platform/Jotter/TraceFile.h"
 #include "platform/Jotter/TraceFileError.h"
+#include "replay/Colours.h"
 #include "replay/HostClock.h"
 #include "replay/JsonLinesOutput.h"
 #include "replay/Parser.h"
+#include "replay/Progress.h"
+#include "replay/QuietOutput.h"
 #include "replay/Runner.h"
 #include "replay/ScenarioError.h"
 #include "replay/ScenarioFile.h"
+#include "replay/Terminal.h"
 #include "replay/Text.h"
 #include "replay/TextOutput.h"
+#include "replay/explain/Summary.h"
+#include "replay/timeline/Recorder.h"
+#include "replay/timeline/TimelineFile.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -26,10 +34,11 @@ std::string shownName( const std::string & file ) {
    return file == standardInput ? "<stdin>" : file;
 }
 
-std::unique_ptr< Output > makeOutput( OutputKind kind, Writer & writer ) {
-   switch ( kind ) {
+std::unique_ptr< Output > makeOutput( const Options & options, Writer & writer ) {
+   switch ( options.output ) {
    case OutputKind::text:
-      return textOutput( writer );
+      return wantsColours( options.colours, writer.descriptor() ) ? colouredTextOutput( writer )
+                                                                  : textOutput( writer );
    case OutputKind::jsonLines:
       return jsonLinesOutput( writer );
    }
@@ -54,15 +63,83 @@ std::unique_ptr< Jotter::TraceFile > makeTraceFile( const std::optional< std::st
    return path ? std::make_unique< Jotter::TraceFile >( *path, bytes ) : nullptr;
 }
 
-std::size_t playOne( const std::string & file, const Options & options, Output & output ) {
-   const Scenario scenario = parseScenario( readScenarioFile( file ) );
+std::unique_ptr< Output > makeSummary( const Options & options,
+                                       const Scenario & scenario,
+                                       Output & output ) {
+   const auto form = options.output == OutputKind::text ? Explain::SummaryForm::text
+                                                        : Explain::SummaryForm::jsonLines;
+   return options.summary ? std::make_unique< Explain::Summary >( scenario, options.run.traceLevels,
+                                                                  output, form )
+                          : nullptr;
+}
+
+// The line on which somebody waits for the end, if somebody does. Where the output goes to a
+// terminal as well, that is taken to be the same one.
+class Waiting {
+ public:
+   Waiting( const Watched & watched, const Options & options, Writer & writer )
+       : writer_( writer ) {
+      if ( watched.terminal < 0 || options.quiet ) {
+         return;
+      }
+      line_.emplace( watched.terminal, watched.realTime );
+      if ( isTerminal( writer.descriptor() ) ) {
+         writer.beforeWritingIs( [ this ] { line_->wipe(); } );
+      }
+   }
+   Waiting( const Waiting & ) = delete;
+   Waiting & operator=( const Waiting & ) = delete;
+   Waiting( Waiting && ) = delete;
+   Waiting & operator=( Waiting && ) = delete;
+   ~Waiting() { writer_.beforeWritingIs( {} ); }
+
+   ProgressLine * line() noexcept { return line_ ? &*line_ : nullptr; }
+
+ private:
+   Writer & writer_;
+   std::optional< ProgressLine > line_;
+};
+
+std::size_t run( const Scenario & scenario,
+                 const std::string & name,
+                 const Options & options,
+                 RunOptions runOptions,
+                 ProgressLine * line,
+                 Output & output ) {
    const auto clock = makeClock( options.clock, output.writer() );
+   if ( line == nullptr ) {
+      return runScenario( scenario, runOptions, *clock, output );
+   }
+   // Waits of the virtual clock take no time.
+   const Vex::Seconds step =
+      options.clock == ClockKind::realTime ? Vex::Seconds( 0.1 ) : Vex::Seconds::infinity();
+   Progress progress( *line, name, scenario.steps.size() );
+   WatchedHostClock watchedClock( *clock, progress, step );
+   runOptions.progress = &progress;
+   return runScenario( scenario, runOptions, watchedClock, output );
+}
+
+std::size_t playOne( const std::string & file,
+                     const Options & options,
+                     ProgressLine * line,
+                     Output & output ) {
+   const Scenario scenario = parseScenario( readScenarioFile( file ) );
    const auto traceFile = makeTraceFile( options.traceFile );
-   RunOptions run = options.run;
-   run.traceFile = traceFile.get();
-   output.begin( shownName( file ) );
-   const std::size_t failed = runScenario( scenario, run, *clock, output );
+   RunOptions runOptions = options.run;
+   runOptions.traceFile = traceFile.get();
+   const auto timeline =
+      options.timeline ? std::make_unique< Timeline::TimelineFile >( *options.timeline ) : nullptr;
+   Timeline::Recorder recorder( scenario, runOptions.traceLevels, output );
+   Output & shown = timeline ? recorder : output;
+   const auto summary = makeSummary( options, scenario, shown );
+   Output & followed = summary ? *summary : shown;
+   followed.begin( shownName( file ) );
+   const std::size_t failed =
+      run( scenario, shownName( file ), options, runOptions, line, followed );
    output.writer().flush();
+   if ( timeline && output.writer().error() == 0 ) { // else the run was not played to its end
+      timeline->write( recorder.takeChart() );
+   }
    return failed;
 }
 
@@ -75,12 +152,15 @@ void printError( const std::string & file, const ScenarioError & error ) {
 
 } // namespace
 
-ExitStatus play( const Options & options, Writer & writer ) {
-   const auto output = makeOutput( options.output, writer );
+ExitStatus play( const Options & options, Writer & writer, const Watched & watched ) {
+   const auto output = makeOutput( options, writer );
+   QuietOutput failures( *output );
+   Output & shown = options.quiet ? failures : *output;
+   Waiting waiting( watched, options, writer );
    bool failed = false;
    for ( const std::string & file : options.scenarios ) {
       try {
-         failed |= playOne( file, options, *output ) > 0;
+         failed |= playOne( file, options, waiting.line(), shown ) > 0;
       } catch ( const ScenarioError & error ) {
          writer.flush(); // what came before the error is shown before it
          printError( file, error );
@@ -89,6 +169,12 @@ ExitStatus play( const Options & options, Writer & writer ) {
          std::string line;
          appendPrintable( line, error.what() );
          std::fprintf( stderr, "interlock-replay: --trace-file: %s\n", line.c_str() );
+         return somethingWrong;
+      } catch ( const Timeline::TimelineFileError & error ) {
+         writer.flush();
+         std::string line;
+         appendPrintable( line, error.what() );
+         std::fprintf( stderr, "interlock-replay: --timeline: %s\n", line.c_str() );
          return somethingWrong;
       }
       if ( writer.error() != 0 ) {

@@ -4,7 +4,10 @@
 
 #include "platform/Jotter/TraceReader.h"
 #include "platform/Vex/Seconds.h"
+#include "replay/Colours.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,12 +16,19 @@ namespace Replay {
 /// "12.345", or "12.345678" where it takes that, with the points below each other.
 std::string timeText( Vex::Seconds time );
 
-/// Appends a trace message and the blanks up to where its origin stands.
-void appendMessage( std::string & line, std::string_view message );
+/// What a trace message says, and where it comes from.
+struct Origin {
+   std::string_view source;
+   std::uint32_t line;
+   std::string_view function;
+   unsigned level;
+};
 
-/// One line, without its end: time, sequence number, message, and SOURCE:LINE FUNCTION LEVEL where
-/// the call site is known.
-std::string ringLine( const Jotter::Record & record );
+/// Appends a trace message, and SOURCE:LINE FUNCTION LEVEL where that is known.
+void appendTrace( Line & line, std::string_view message, const std::optional< Origin > & origin );
+
+/// Time, sequence number, message and origin.
+Line ringLine( const Jotter::Record & record );
 
 /// False for a record whose call site the trace file does not describe.
 bool callSiteKnown( const Jotter::Record & record ) noexcept;

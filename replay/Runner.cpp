@@ -6,6 +6,7 @@
 #include "platform/Vex/Clock.h"
 #include "replay/Expects.h"
 #include "replay/Numbers.h"
+#include "replay/Progress.h"
 #include "replay/ScenarioError.h"
 #include "replay/Stage.h"
 #include "replay/Switch.h"
@@ -16,6 +17,7 @@
 #include <cmath>
 #include <concepts>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <tuple>
@@ -40,7 +42,13 @@ class RingScope {
    RingScope & operator=( const RingScope & ) = delete;
    RingScope( RingScope && ) = delete;
    RingScope & operator=( RingScope && ) = delete;
-   ~RingScope() { Jotter::defaultTraceFileIs( before_ ); }
+   ~RingScope() {
+      try {
+         Jotter::defaultTraceFileIs( before_ );
+      } catch ( const std::bad_alloc & ) { // for call sites that it does not know yet
+         Jotter::defaultTraceFileIs( nullptr ); // needs none; the own one is about to go
+      }
+   }
 
    const Jotter::TraceFile * file() const noexcept { return file_; }
 
@@ -91,13 +99,16 @@ class Runner {
            const RunOptions & options,
            HostClock & clock,
            Output & output )
-       : scenario_( scenario ), showsRing_( options.ring ), clock_( clock ), output_( output ),
+       : scenario_( scenario ), showsRing_( options.ring ), progress_( options.progress ),
+         clock_( clock ), output_( output ),
          stage_( scenario.ofPair ? StageKind::pair : StageKind::oneSwitch, scheduler_, output ),
          ring_( options ), traces_( output,
                                     options.traceLevels | output.levelsAlwaysShown(),
                                     scenario.expectsTrace ? Keep::messages : Keep::nothing ) {}
 
    std::size_t run() {
+      output_.stageIs( stage_ );
+      std::size_t done = 0;
       for ( const Step & step : scenario_.steps ) {
          output_.statement( step.line, scenario_.text( step ) );
          line_ = step.line;
@@ -109,6 +120,9 @@ class Runner {
          }
          if ( output_.writer().error() != 0 ) {
             return outcome_.failedLines.size();
+         }
+         if ( progress_ != nullptr ) {
+            progress_->statementsDone( ++done );
          }
       }
       if ( showsRing_ ) {
@@ -175,6 +189,7 @@ class Runner {
 
    const Scenario & scenario_;
    bool showsRing_;
+   Progress * progress_;
    HostClock & clock_;
    Output & output_;
    Vex::ClockScope clockScope_{ clock_.clock() };

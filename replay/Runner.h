@@ -10,10 +10,13 @@
 
 namespace Replay {
 
+class Progress;
+
 struct RunOptions {
    std::uint32_t traceLevels = 0; // shown, as a bit mask
    bool ring = false;
    Jotter::TraceFile * traceFile = nullptr; // an empty one that the ring's records go to, if any
+   Progress * progress = nullptr; // is told of each statement, if any
 };
 
 /// Runs a scenario on a fresh set of entities and returns how many expects failed. A ScenarioError

@@ -34,6 +34,7 @@ class Stage {
 
    /// The switch that statements are for; at first the left one.
    Switch & current() noexcept { return *switches_[ indexOf( current_ ) ]; }
+   Peering::Side currentSide() const noexcept { return current_; }
    /// Calls with the name and the switch, of each.
    template < class Visitor >
    void forEach( Visitor visit ) const {

@@ -9,6 +9,7 @@
 #include "platform/Kel/TaskScheduler.h"
 #include "platform/Vex/Ptr.h"
 #include "replay/Entities.h"
+#include "replay/EntityChanges.h"
 #include "replay/Interlocks.h"
 #include "replay/SimulatedPeer.h"
 #include "replay/Statement.h"
@@ -27,26 +28,17 @@ class Switch {
 
    const Entities & entities() const noexcept { return entities_; }
 
+   bool runs( Interlock interlock ) const noexcept { return interlocks_.runs( interlock ); }
    bool isMember( const Pair & pair ) const;
    /// An interlock runs and does not admit the pair.
    bool isHeldBy( Interlock interlock, const Pair & pair ) const;
    /// Member of the LAG, and admitted by every interlock that runs.
    bool isJoined( const Pair & pair ) const;
 
-   void apply( const Lag & lag );
-   void apply( const NoLag & lag );
-   void apply( const Member & member );
-   void apply( const InputEntry & entry );
-   void apply( const MlagState & state );
-   void apply( const MlagPeerLink & peerLink );
-   void apply( const Link & link );
-   void apply( const MlagIntf & intf );
-   void apply( const MlagPeerInterlock & peerInterlock );
-   void apply( const Response & response );
-   void apply( const Switchport & switchport );
-   void apply( const VlanXlate & mapping );
-   void apply( const OutputEntry & entry );
-   void apply( const Request & request );
+   template < EntityChange Change >
+   void apply( const Change & change ) {
+      Replay::apply( change, entities_ );
+   }
    void apply( const Start & start );
    void apply( const Stop & stop );
    void apply( const Restart & restart );
@@ -55,8 +47,6 @@ class Switch {
  private:
    class OutputWatcher;
    class RequestWatcher;
-
-   Vex::Ptr< Interface::EthIntfStatus > ethIntfStatus( Nodo::IntfId intf );
 
    Entities entities_;
    Interlocks interlocks_;

@@ -30,25 +30,6 @@ constexpr bool isContinuation( char c ) noexcept {
    return ( static_cast< unsigned char >( c ) & 0xC0U ) == 0x80U;
 }
 
-// The length of the character that begins at `at`; 0 when it is malformed.
-std::size_t characterLength( std::string_view text, std::size_t at ) noexcept {
-   const auto byte = static_cast< std::uint8_t >( text[ at ] );
-   if ( byte < 0x80U ) {
-      return 1;
-   }
-   const auto * const lead = std::ranges::find_if( leads, [ byte ]( const Lead & candidate ) {
-      return candidate.first <= byte && byte <= candidate.last;
-   } );
-   if ( lead == leads.end() || text.size() - at < lead->length ) {
-      return 0;
-   }
-   const auto second = static_cast< std::uint8_t >( text[ at + 1 ] );
-   const bool whole =
-      lead->secondFrom <= second && second <= lead->secondTo &&
-      std::ranges::all_of( text.substr( at + 2, lead->length - 2U ), isContinuation );
-   return whole ? lead->length : 0;
-}
-
 void appendHex( std::string & out, char c ) {
    constexpr std::string_view digits = "0123456789abcdef";
    const auto byte = static_cast< unsigned char >( c );
@@ -65,36 +46,59 @@ bool isSecondControlSet( std::string_view character ) noexcept {
 
 } // namespace
 
+Character firstCharacter( std::string_view text ) noexcept {
+   const auto first = static_cast< std::uint8_t >( text.front() );
+   if ( first < 0x80U ) {
+      return { 1, true };
+   }
+   const auto * const lead = std::ranges::find_if( leads, [ first ]( const Lead & candidate ) {
+      return candidate.first <= first && first <= candidate.last;
+   } );
+   if ( lead == leads.end() || text.size() == 1 ) {
+      return { 1, false };
+   }
+   const auto second = static_cast< std::uint8_t >( text[ 1 ] );
+   if ( second < lead->secondFrom || lead->secondTo < second ) {
+      return { 1, false };
+   }
+   const std::size_t most = std::min< std::size_t >( lead->length, text.size() );
+   std::size_t length = 2;
+   while ( length < most && isContinuation( text[ length ] ) ) {
+      ++length;
+   }
+   return { length, length == lead->length };
+}
+
 std::size_t firstMalformed( std::string_view text ) noexcept {
    for ( std::size_t at = 0; at < text.size(); ) {
-      const std::size_t length = characterLength( text, at );
-      if ( length == 0 ) {
+      const Character character = firstCharacter( text.substr( at ) );
+      if ( !character.wellFormed ) {
          return at;
       }
-      at += length;
+      at += character.length;
    }
    return std::string_view::npos;
 }
 
 void appendPrintable( std::string & out, std::string_view text ) {
    for ( std::size_t at = 0; at < text.size(); ) {
-      const std::size_t length = characterLength( text, at );
-      const std::string_view character = text.substr( at, std::max< std::size_t >( length, 1 ) );
-      if ( length == 0 || isControl( character[ 0 ] ) || isSecondControlSet( character ) ) {
+      const auto [ length, wellFormed ] = firstCharacter( text.substr( at ) );
+      const std::string_view character = text.substr( at, length );
+      if ( !wellFormed || isControl( character[ 0 ] ) || isSecondControlSet( character ) ) {
          for ( const char c : character ) {
             appendHex( out, c );
          }
       } else {
          out += character;
       }
-      at += character.size();
+      at += length;
    }
 }
 
 std::string inQuotes( std::string_view word ) {
    std::size_t end = 0;
    for ( std::size_t shown = 0; end < word.size() && shown < longestShown; ++shown ) {
-      end += std::max< std::size_t >( characterLength( word, end ), 1 );
+      end += firstCharacter( word.substr( end ) ).length;
    }
    std::string text = "'";
    appendPrintable( text, word.substr( 0, end ) );

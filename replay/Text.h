@@ -8,6 +8,15 @@
 
 namespace Replay {
 
+/// The bytes at the beginning of a text that belong together.
+struct Character {
+   std::size_t length;
+   bool wellFormed; // else as much of a character as is there, or one byte that begins none
+};
+
+/// Of a text that is not empty.
+Character firstCharacter( std::string_view text ) noexcept;
+
 /// The place of the first byte that is no UTF-8; npos when all of it is.
 std::size_t firstMalformed( std::string_view text ) noexcept;
 

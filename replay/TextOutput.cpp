@@ -1,14 +1,12 @@
 #include "replay/TextOutput.h"
 
 #include "platform/Vex/Clock.h"
+#include "replay/Colours.h"
 #include "replay/Numbers.h"
 #include "replay/RingText.h"
 #include "replay/Text.h"
 
 #include <algorithm>
-#include <array>
-#include <map>
-#include <sstream>
 
 namespace Replay {
 
@@ -22,6 +20,7 @@ constexpr std::size_t eventColumn = statementColumn + 3;
 constexpr std::size_t eventWidth = 12;
 constexpr std::size_t resultColumn = 76; // of an expect
 constexpr std::size_t subjectWidth = 32; // of a verdict, before the verdict
+constexpr std::size_t closingColumn = 23; // of the entries of the closing lists
 constexpr std::size_t wrapColumn = 96; // of the closing lists
 constexpr std::size_t mostListed = 24; // entries of a closing list
 
@@ -29,28 +28,30 @@ constexpr std::uint32_t level4 = 1U << 4U; // failures that an operator must see
 
 class TextOutput final : public Output {
  public:
-   using Output::Output;
+   TextOutput( Writer & writer, bool colours ) : Output( writer ), colours_( colours ) {}
 
    std::uint32_t levelsAlwaysShown() const noexcept override { return level4; }
 
    void begin( std::string_view file ) override {
-      std::string & out = writer().buffer();
-      if ( !firstScenario_ ) {
-         out += '\n';
-      }
+      std::string heading;
+      appendPrintable( heading, file );
+      startWith( firstScenario_ ? "" : "\n" );
       firstScenario_ = false;
+      time_.clear();
       shownTime_.clear();
-      appendPrintable( out, file );
-      out += "\n\n   seconds     line\n";
+      line_.append( Tone::heading, heading );
+      text() += "\n\n";
+      line_.append( Tone::aside, "   seconds     line" );
+      endLine();
    }
 
    void statement( std::size_t line, std::string_view text ) override {
       startLine();
       const std::string number = std::to_string( line );
       pad( number.size() < lineNumberWidth ? lineNumberWidth - number.size() : 0 );
-      line_ += number;
+      line_.append( Tone::aside, number );
       padTo( statementColumn );
-      appendPrintable( line_, text );
+      appendPrintable( this->text(), text );
       // Its result comes behind it. All others are shown before they run, which may take its time.
       open_ = text.starts_with( "expect " ) || text.starts_with( "\"expect\" " );
       if ( !open_ ) {
@@ -60,39 +61,43 @@ class TextOutput final : public Output {
 
    void expectation( std::size_t /* line */, const Finding & finding ) override {
       padTo( resultColumn );
-      line_ += finding.ok ? "ok" : "FAILED";
+      line_.append( finding.ok ? Tone::good : Tone::bad, finding.ok ? "ok" : "FAILED" );
       endLine();
       if ( !finding.ok ) {
          startEvent( "found" );
-         appendPrintable( line_, finding.instead );
+         appendPrintable( text(), finding.instead );
          endLine();
       }
    }
 
    void sent( const Peering::Message & message, std::span< const Vex::Seconds > delays ) override {
       startEvent( "wire" );
-      const std::size_t begin = columns( line_ );
+      const std::size_t begin = columns( text() );
       appendSwitch();
-      line_ += message.content == Peering::Content::request ? "request " : "response ";
+      text() += message.content == Peering::Content::request ? "request " : "response ";
       appendName( message.lag );
-      line_ += message.token ? " " + std::to_string( *message.token ) : " withdrawn";
+      text() += message.token ? " " + std::to_string( *message.token ) : " withdrawn";
       padTo( begin + subjectWidth + switchWidth() );
-      line_ += delays.empty() ? "lost" : "arrives at";
+      if ( delays.empty() ) {
+         line_.append( Tone::waiting, "lost" );
+      } else {
+         text() += "arrives at";
+      }
       for ( const Vex::Seconds delay : delays ) {
-         line_ += " " + decimal( Vex::Seconds( roundedToMicroseconds( Vex::now() + delay ) ) );
+         text() += " " + decimal( Vex::Seconds( roundedToMicroseconds( Vex::now() + delay ) ) );
       }
       endLine();
    }
 
    void verdict( Interlock interlock, const Pair & pair, bool admitted ) override {
       startEvent( nameOf( interlock ) );
-      const std::size_t begin = columns( line_ );
+      const std::size_t begin = columns( text() );
       appendSwitch();
       appendName( pair.member );
-      line_ += " -> ";
+      text() += " -> ";
       appendName( pair.lag );
       padTo( begin + subjectWidth + switchWidth() );
-      line_ += admitted ? "admitted" : "held";
+      line_.append( admitted ? Tone::good : Tone::waiting, admitted ? "admitted" : "held" );
       endLine();
    }
 
@@ -105,17 +110,15 @@ class TextOutput final : public Output {
 
    void trace( const Vex::TraceRecord & record ) override {
       startEvent( "trace" );
-      appendMessage( line_, record.message );
-      appendPrintable( line_, record.source );
-      line_ += ':' + std::to_string( record.line ) + ' ';
-      appendPrintable( line_, record.function );
-      line_ += ' ' + std::to_string( record.level );
+      appendTrace( line_, record.message,
+                   Origin{ record.source, record.line, record.function, record.level } );
       endLine();
    }
 
    void ring( std::span< const Jotter::Record > records ) override {
       endOpenLine();
-      line_ = "\n   ring buffer, oldest first: " + std::to_string( records.size() ) + " records";
+      startWith( "\n   ring buffer, oldest first: " + std::to_string( records.size() ) +
+                 " records" );
       endLine();
       for ( const Jotter::Record & record : records ) {
          line_ = ringLine( record );
@@ -135,19 +138,25 @@ class TextOutput final : public Output {
  private:
    // ---- Lines ----
 
-   void pad( std::size_t blanks ) { line_.append( blanks, ' ' ); }
+   std::string & text() noexcept { return line_.text; }
+   void pad( std::size_t blanks ) { text().append( blanks, ' ' ); }
    // At least one blank.
    void padTo( std::size_t column ) {
-      const std::size_t used = columns( line_ );
+      const std::size_t used = columns( text() );
       pad( used < column ? column - used : 1 );
+   }
+   // Nothing of what found no memory on its way is left.
+   void startWith( std::string_view words ) {
+      line_.clear();
+      text() = words;
    }
    // The time, where it is another one than that of the line before.
    void startLine() {
       endOpenLine();
-      std::string time = timeText( Vex::now() );
-      if ( time != shownTime_ ) {
-         line_ = time;
-         shownTime_ = std::move( time );
+      startWith( "" );
+      time_ = timeText( Vex::now() );
+      if ( time_ != shownTime_ ) {
+         line_.append( Tone::time, time_ );
       } else {
          pad( shownTime_.size() );
       }
@@ -155,16 +164,19 @@ class TextOutput final : public Output {
    void startEvent( std::string_view what ) {
       startLine();
       padTo( eventColumn );
-      line_ += what;
+      text() += what;
       padTo( eventColumn + eventWidth );
    }
    void endLine() {
-      line_.erase( line_.find_last_not_of( ' ' ) + 1 );
-      writer().buffer() += line_;
-      writer().buffer() += '\n';
+      open_ = false;
+      text().erase( text().find_last_not_of( ' ' ) + 1 );
+      writer().buffer() += ( colours_ ? line_.coloured() : text() ) + '\n'; // whole, or not at all
       writer().flushIfFull();
       line_.clear();
-      open_ = false;
+      if ( !time_.empty() ) {
+         shownTime_ = std::move( time_ );
+         time_.clear();
+      }
    }
    void endOpenLine() {
       if ( open_ ) {
@@ -174,15 +186,15 @@ class TextOutput final : public Output {
 
    void appendName( Nodo::IntfId intf ) {
       if ( intf == Nodo::IntfId() ) {
-         line_ += "\"\"";
+         text() += "\"\"";
       } else {
-         appendPrintable( line_, intf.stringValue() );
+         appendPrintable( text(), intf.stringValue() );
       }
    }
    void appendSwitch() {
       if ( !switchName().empty() ) {
-         line_ += switchName();
-         line_ += ": ";
+         text() += switchName();
+         text() += ": ";
       }
    }
    // What that takes, at most.
@@ -192,41 +204,44 @@ class TextOutput final : public Output {
    }
    void exchange( std::string_view what, Nodo::IntfId lag, std::optional< Token > token ) {
       startEvent( what );
-      const std::size_t begin = columns( line_ );
+      const std::size_t begin = columns( text() );
       appendSwitch();
       appendName( lag );
       padTo( begin + subjectWidth + switchWidth() );
-      line_ += token ? "token " + std::to_string( *token ) : "withdrawn";
+      text() += token ? "token " + std::to_string( *token ) : "withdrawn";
       endLine();
    }
 
    // ---- The closing lines ----
 
+   void startClosing( std::string_view what ) {
+      startWith( "   " );
+      text() += what;
+      padTo( closingColumn );
+   }
    void closing( std::string_view what, std::span< const std::string > entries ) {
-      line_ = "   ";
-      line_ += what;
-      constexpr std::size_t column = statementColumn + 4;
-      padTo( column );
+      startClosing( what );
       for ( std::size_t at = 0; at < entries.size(); ++at ) {
          if ( at == mostListed ) {
-            line_ += "and " + std::to_string( entries.size() - at ) + " more";
+            text() += "and " + std::to_string( entries.size() - at ) + " more";
             break;
          }
          std::string entry;
          appendPrintable( entry, entries[ at ] );
          entry += at + 1 < entries.size() ? "," : "";
-         if ( columns( line_ ) + columns( entry ) > wrapColumn && columns( line_ ) > column ) {
+         if ( columns( text() ) + columns( entry ) > wrapColumn &&
+              columns( text() ) > closingColumn ) {
             endLine();
-            pad( column );
+            pad( closingColumn );
          }
-         line_ += entry + ' ';
+         text() += entry + ' ';
       }
       endLine();
    }
 
    void standing( const SwitchOutcome & outcome ) {
       if ( !outcome.name.empty() ) {
-         line_ = "   " + std::string( outcome.name );
+         startWith( "   " + std::string( outcome.name ) );
          endLine();
       }
       admitted( Interlock::egressAcl, outcome.egressAcl );
@@ -264,16 +279,20 @@ class TextOutput final : public Output {
       if ( outcome.held == 0 && outcome.failedLines.empty() ) {
          return;
       }
-      std::string text = std::to_string( outcome.held ) + " held";
+      startClosing( "expects" );
+      line_.append( Tone::good, std::to_string( outcome.held ) + " held" );
       if ( !outcome.failedLines.empty() ) {
-         text += ", " + std::to_string( outcome.failedLines.size() ) + " FAILED, first in line " +
-                 std::to_string( outcome.failedLines.front() );
+         text() += ", ";
+         line_.append( Tone::bad, std::to_string( outcome.failedLines.size() ) + " FAILED" );
+         text() += ", first in line " + std::to_string( outcome.failedLines.front() );
       }
-      closing( "expects", std::array{ text } );
+      endLine();
    }
 
-   std::string line_; // under way
-   std::string shownTime_;
+   bool colours_;
+   Line line_; // under way
+   std::string time_; // of the line under way, where it has one
+   std::string shownTime_; // of the last line that has one
    bool open_ = false;
    bool firstScenario_ = true;
 };
@@ -281,7 +300,11 @@ class TextOutput final : public Output {
 } // namespace
 
 std::unique_ptr< Output > textOutput( Writer & writer ) {
-   return std::make_unique< TextOutput >( writer );
+   return std::make_unique< TextOutput >( writer, false );
+}
+
+std::unique_ptr< Output > colouredTextOutput( Writer & writer ) {
+   return std::make_unique< TextOutput >( writer, true );
 }
 
 } // namespace Replay

@@ -7,6 +7,9 @@ namespace Replay {
 
 void Writer::flush() noexcept {
    std::string_view rest = buffer_;
+   if ( !rest.empty() && makeRoom_ ) {
+      makeRoom_();
+   }
    while ( !rest.empty() && error_ == 0 ) {
       const ssize_t written = ::write( descriptor_, rest.data(), rest.size() );
       if ( written >= 0 ) {

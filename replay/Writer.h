@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace Replay {
 
@@ -27,6 +29,12 @@ class Writer {
    }
    void flush() noexcept;
 
+   /// Called whenever something is about to be written: makes room for it where it is shown.
+   void beforeWritingIs( std::function< void() > makeRoom ) { makeRoom_ = std::move( makeRoom ); }
+
+   /// What it writes to.
+   int descriptor() const noexcept { return descriptor_; }
+
    /// The system's number of the first error; 0: none. After an error all text is dropped.
    int error() const noexcept { return error_; }
 
@@ -36,6 +44,7 @@ class Writer {
    int descriptor_;
    int error_ = 0;
    std::string buffer_;
+   std::function< void() > makeRoom_;
 };
 
 } // namespace Replay

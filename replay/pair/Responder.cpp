@@ -2,6 +2,7 @@
 
 #include "interlock-model/Hardware/Lag/InitialMember.h"
 #include "platform/Vex/Entity.h"
+#include "replay/pair/Admission.h"
 
 #include <utility>
 
@@ -94,15 +95,7 @@ void Responder::requestIs( Nodo::IntfId lag, std::optional< std::uint32_t > toke
 }
 
 bool Responder::isReady( Nodo::IntfId lag ) const {
-   const auto members = config_->initialMember( lag );
-   if ( !members ) {
-      return true;
-   }
-   bool ready = true;
-   for ( const Nodo::IntfId member : members->member().keys() ) {
-      ready = ready && acl_->intfHas( { member, lag } );
-   }
-   return ready;
+   return hasEveryAcl( *acl_, *config_, lag );
 }
 
 void Responder::onIs( bool on ) {

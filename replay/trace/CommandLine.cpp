@@ -16,15 +16,17 @@ constexpr const char * description =
 constexpr const char * footer =
    "A record is shown when it passes every filter; of several names, one is enough.\n"
    "Exit status: 0 everything was read; 1 something was damaged or missing, the rest was read;\n"
-   "2 the command line is wrong, the file holds no trace, or standard output cannot be written.";
+   "2 the command line is wrong, the file holds no trace, or standard output cannot be written.\n\n"
+   "Why a port is held or admitted: interlock-trace explain --help.";
 
 // The words of the command line, before they are understood.
 struct Words {
    std::string output = "text";
-   std::string levels;
-   std::string since;
-   std::string until;
-   std::string last;
+   std::string colours = "auto";
+   std::optional< std::string > levels;
+   std::optional< std::string > since;
+   std::optional< std::string > until;
+   std::optional< std::string > last;
    bool jsonLines = false;
 };
 
@@ -42,6 +44,9 @@ void addOptions( CLI::App & app, Options & options, Words & words ) {
       ->type_name( "text|jsonl" )
       ->capture_default_str();
    app.add_flag( "--jsonl", words.jsonLines, "The same as --output jsonl" );
+   app.add_option( "--color", words.colours, "Colours in text: auto is at a terminal" )
+      ->type_name( "auto|always|never" )
+      ->capture_default_str();
    app.add_option( "--level", words.levels, "Records of these levels: none, all, or as 0,2-4" )
       ->type_name( "LEVELS" );
    app.add_option( "--function", options.filter.functions, "Records of this function; repeatable" )
@@ -58,39 +63,40 @@ void addOptions( CLI::App & app, Options & options, Words & words ) {
    app.add_option( "FILE", options.file, "The trace file" )->type_name( "" )->required();
 }
 
-std::optional< Vex::Seconds > time( const std::string & option, const std::string & word ) {
-   const auto seconds = Replay::parseSeconds( word );
-   if ( !seconds ) {
-      wrong( option, word, "seconds such as 12.5" );
+std::optional< Vex::Seconds > time( const std::string & option,
+                                    const std::optional< std::string > & word ) {
+   const auto seconds = word ? Replay::parseSeconds( *word ) : std::nullopt;
+   if ( word && !seconds ) {
+      wrong( option, *word, "seconds such as 12.5" );
    }
    return seconds;
 }
 
-void understand( const CLI::App & app, const Words & words, Options & options ) {
+void understand( const Words & words, Options & options ) {
    if ( words.output != "text" && words.output != "jsonl" ) {
       wrong( "--output", words.output, "jsonl or text" );
    }
    if ( words.output == "jsonl" || words.jsonLines ) {
       options.output = OutputKind::jsonLines;
    }
-   const auto given = [ &app ]( const char * option ) { return app.count( option ) > 0; };
-   if ( given( "--level" ) ) {
-      options.filter.levels = Vex::parseLevelMask( words.levels );
+   const auto colours = Replay::parseUseColours( words.colours );
+   if ( !colours ) {
+      wrong( "--color", words.colours, "always, auto or never" );
+   }
+   options.colours = *colours;
+   if ( words.levels ) {
+      options.filter.levels = Vex::parseLevelMask( *words.levels );
       if ( !options.filter.levels ) {
-         wrong( "--level", words.levels, "none, all, or a list of levels such as 0,2-4" );
+         wrong( "--level", *words.levels, "none, all, or a list of levels such as 0,2-4" );
       }
    }
-   if ( given( "--since" ) ) {
-      options.filter.since = time( "--since", words.since );
-   }
-   if ( given( "--until" ) ) {
-      options.filter.until = time( "--until", words.until );
-   }
-   if ( given( "--last" ) ) {
+   options.filter.since = time( "--since", words.since );
+   options.filter.until = time( "--until", words.until );
+   if ( words.last ) {
       constexpr std::uint32_t most = std::numeric_limits< std::uint32_t >::max();
-      options.last = Replay::parseNumber( words.last, 0, most );
+      options.last = Replay::parseNumber( *words.last, 0, most );
       if ( !options.last ) {
-         wrong( "--last", words.last, "a number from 0 to " + std::to_string( most ) );
+         wrong( "--last", *words.last, "a number from 0 to " + std::to_string( most ) );
       }
    }
 }
@@ -111,7 +117,7 @@ CommandLine parseCommandLine( int argc, const char * const * argv ) {
    addOptions( app, options, words );
    try {
       app.parse( argc, argv );
-      understand( app, words, options );
+      understand( words, options );
    } catch ( const CLI::CallForHelp & ) {
       return { {}, app.help(), {} };
    } catch ( const CLI::CallForVersion & version ) {

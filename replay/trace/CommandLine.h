@@ -1,5 +1,6 @@
 #pragma once
 
+#include "replay/Colours.h"
 #include "replay/trace/Filter.h"
 #include "replay/trace/RecordOutput.h"
 
@@ -12,6 +13,7 @@ namespace TraceTool {
 struct Options {
    std::string file;
    OutputKind output = OutputKind::text;
+   Replay::UseColours colours = Replay::UseColours::automatically;
    Filter filter;
    std::optional< std::uint32_t > last; // so many of those that match
    bool follow = false;

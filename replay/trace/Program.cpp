@@ -1,7 +1,10 @@
 #include "replay/trace/Program.h"
 
+#include "replay/Colours.h"
 #include "replay/Text.h"
+#include "replay/explain/ExplainCommandLine.h"
 #include "replay/trace/CommandLine.h"
+#include "replay/trace/ExplainTrace.h"
 #include "replay/trace/Follower.h"
 
 #include <algorithm>
@@ -19,7 +22,8 @@ namespace {
 class Printer {
  public:
    Printer( const Options & options, Replay::Writer & out, Replay::Writer & err )
-       : options_( options ), out_( out ), err_( err ) {}
+       : options_( options ), out_( out ), err_( err ),
+         colours_( Replay::wantsColours( options.colours, out.descriptor() ) ) {}
 
    ExitStatus print( const std::function< Waiting() > & startWaiting ) {
       try {
@@ -62,7 +66,7 @@ class Printer {
    void showAll( std::span< const Jotter::Record > records ) {
       for ( const Jotter::Record & record : records ) {
          if ( matches( options_.filter, record ) ) {
-            show( record, options_.output, out_ );
+            show( record, options_.output, colours_, out_ );
          }
          if ( out_.error() != 0 ) {
             return;
@@ -80,18 +84,19 @@ class Printer {
 
    void tell( std::string_view what ) {
       out_.flush(); // what came before is shown before
-      std::string & line = err_.buffer();
-      line += "interlock-trace: ";
+      std::string line = "interlock-trace: ";
       Replay::appendPrintable( line, options_.file );
       line += ": ";
       Replay::appendPrintable( line, what );
       line += '\n';
+      err_.buffer() += line; // as a whole, or not at all
       err_.flush();
    }
 
    const Options & options_;
    Replay::Writer & out_;
    Replay::Writer & err_;
+   bool colours_;
    ExitStatus status_ = allRead;
 };
 
@@ -117,7 +122,9 @@ ExitStatus run( int argc,
                 Replay::Writer & out,
                 Replay::Writer & err,
                 const std::function< Waiting() > & startWaiting ) {
-   const ExitStatus status = answer( parseCommandLine( argc, argv ), out, err, startWaiting );
+   const ExitStatus status = Explain::isExplain( argc, argv )
+                                ? explainTrace( argc, argv, out, err )
+                                : answer( parseCommandLine( argc, argv ), out, err, startWaiting );
    out.flush();
    // A reader who has seen enough is no error.
    if ( out.error() != 0 && out.error() != EPIPE ) {

@@ -1,86 +1,107 @@
 #include "replay/trace/RecordOutput.h"
 
-#include "replay/Numbers.h"
+#include "replay/JsonLine.h"
+#include "replay/JsonText.h"
 #include "replay/RingText.h"
 
 #include <charconv>
 #include <cmath>
-#include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace TraceTool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Replay::JsonText;
 
 // An argument that is no number after all (an infinite time is none to JSON) stays a text.
 template < class Number >
-Json numberOr( const Vex::String & text ) {
+void writeNumberOrText( JsonText & json, const Vex::String & text ) {
    Number value{};
    const char * const end = text.data() + text.size();
    const auto [ last, error ] = std::from_chars( text.data(), end, value );
    if ( error != std::errc() || last != end || !std::isfinite( static_cast< double >( value ) ) ) {
-      return text;
+      json.value( text );
+   } else {
+      json.value( value );
    }
-   return value;
 }
 
-Json toJson( const Jotter::Piece & piece, const Vex::String & argument ) {
-   switch ( piece.kind ) {
+// A piece: a literal, or the argument that stands in its place.
+void writePiece( JsonText & json, Jotter::PieceKind kind, const Vex::String & text ) {
+   json.beginObject();
+   switch ( kind ) {
    case Jotter::PieceKind::literal:
-      return { { "literal", piece.literal } };
+      json.key( "literal" );
+      json.value( text );
+      break;
    case Jotter::PieceKind::text:
-      return { { "text", argument } };
+      json.key( "text" );
+      json.value( text );
+      break;
    case Jotter::PieceKind::boolean:
-      return { { "boolean", argument == "true" } };
+      json.key( "boolean" );
+      json.value( text == "true" );
+      break;
    case Jotter::PieceKind::number:
-      return { { "number", numberOr< std::uint64_t >( argument ) } };
+      json.key( "number" );
+      writeNumberOrText< std::uint64_t >( json, text );
+      break;
    case Jotter::PieceKind::time:
-      return { { "time", numberOr< double >( argument ) } };
+      json.key( "time" );
+      writeNumberOrText< double >( json, text );
+      break;
    }
-   return {};
+   json.endObject();
 }
 
-Json pieces( const Jotter::Record & record ) {
-   Json list = Json::array();
-   std::size_t next = 0;
-   for ( const Jotter::Piece & piece : record.descriptor->pieces ) {
-      const bool literal = piece.kind == Jotter::PieceKind::literal;
-      list.push_back( toJson( piece, literal ? Vex::String() : record.arguments.at( next++ ) ) );
-   }
-   return list;
+auto piecesOf( const Jotter::Record & record ) {
+   return [ &record ]( JsonText & json ) {
+      json.beginList();
+      std::size_t next = 0;
+      for ( const Jotter::Piece & piece : record.descriptor->pieces ) {
+         const bool literal = piece.kind == Jotter::PieceKind::literal;
+         writePiece( json, piece.kind, literal ? piece.literal : record.arguments.at( next++ ) );
+      }
+      json.endList();
+   };
 }
 
-Json toJson( const Jotter::Record & record ) {
+void showObject( const Jotter::Record & record, Replay::Writer & writer ) {
    const Jotter::Descriptor & site = *record.descriptor;
    const bool known = Replay::callSiteKnown( record );
-   return { { "kind", "jotter" },
-            { "t", Replay::roundedToMicroseconds( record.time ) },
-            { "sequence", record.sequence },
-            { "level", known ? Json( site.level ) : Json() },
-            { "source", known ? Json( site.source ) : Json() },
-            { "line", known ? Json( site.line ) : Json() },
-            { "function", known ? Json( site.function ) : Json() },
-            { "message", record.message() },
-            { "args", record.arguments },
-            { "pieces", pieces( record ) } };
+   const auto ifKnown = [ known ]( const auto & value ) {
+      return known ? std::optional( value ) : std::nullopt;
+   };
+   Replay::JsonLine( writer, "jotter", record.time )
+      .add( "sequence", record.sequence )
+      .add( "level", ifKnown( site.level ) )
+      .add( "source", ifKnown( std::string_view( site.source ) ) )
+      .add( "line", ifKnown( site.line ) )
+      .add( "function", ifKnown( std::string_view( site.function ) ) )
+      .add( "message", record.message() )
+      .add( "args", record.arguments )
+      .add( "pieces", piecesOf( record ) )
+      .end();
 }
 
 } // namespace
 
-void show( const Jotter::Record & record, OutputKind kind, Replay::Writer & writer ) {
+void show( const Jotter::Record & record, OutputKind kind, bool colours, Replay::Writer & writer ) {
    switch ( kind ) {
-   case OutputKind::text:
-      writer.buffer() += Replay::ringLine( record );
-      break;
-   case OutputKind::jsonLines:
-      writer.buffer() += toJson( record ).dump( -1, ' ', false, Json::error_handler_t::replace );
+   case OutputKind::text: {
+      const Replay::Line line = Replay::ringLine( record );
+      writer.buffer() += ( colours ? line.coloured() : line.text ) + '\n';
+      writer.flushIfFull();
       break;
    }
-   writer.buffer() += '\n';
-   writer.flushIfFull();
+   case OutputKind::jsonLines:
+      showObject( record, writer );
+      break;
+   }
 }
 
 } // namespace TraceTool

@@ -13,7 +13,7 @@ namespace TraceTool {
 
 enum class OutputKind : std::uint8_t { text, jsonLines };
 
-/// Writes one line.
-void show( const Jotter::Record & record, OutputKind kind, Replay::Writer & writer );
+/// Writes one line; of text with colours, if they are wanted.
+void show( const Jotter::Record & record, OutputKind kind, bool colours, Replay::Writer & writer );
 
 } // namespace TraceTool

@@ -7,6 +7,7 @@ interlock_tests( peer-tests LIBRARIES velo-objects SOURCES
    VeloMlagEgressAclIntfInterlockSm/PeerRetiredTest.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerTimeoutTest.cpp
    VeloMlagEgressAclIntfInterlockSm/PeerTraceTest.cpp )
+target_compile_definitions( peer-tests PRIVATE INTERLOCK_DOCUMENTS="${CMAKE_SOURCE_DIR}/docs" )
 
 # Small worlds played through whole.
 interlock_tests( peer-exhaustive-tests LIBRARIES velo-objects SOURCES

@@ -51,6 +51,16 @@ TEST( CommandLine, TakesATraceFileForOneScenario ) {
               "--trace-file: several scenarios; wanted: only one; see --help" );
 }
 
+TEST( CommandLine, IsQuietOrColouredOnDemand ) {
+   EXPECT_EQ( parse( { "a" } ).options->colours, Replay::UseColours::automatically );
+   EXPECT_EQ( parse( { "--color", "auto", "a" } ).options->colours,
+              Replay::UseColours::automatically );
+   EXPECT_EQ( parse( { "--color=always", "a" } ).options->colours, Replay::UseColours::always );
+   EXPECT_EQ( parse( { "--color", "never", "a" } ).options->colours, Replay::UseColours::never );
+   EXPECT_FALSE( parse( { "a" } ).options->quiet );
+   EXPECT_TRUE( parse( { "--quiet", "a" } ).options->quiet );
+}
+
 TEST( CommandLine, KnowsTheNamedTraceLevels ) {
    EXPECT_EQ( parse( { "--trace", "none", "a" } ).options->run.traceLevels, 0U );
    EXPECT_EQ( parse( { "--trace", "all", "a" } ).options->run.traceLevels, 0xFFFFFFFFU );
@@ -60,6 +70,8 @@ TEST( CommandLine, NamesWhatIsWrongAndWhatWasWantedInOneLine ) {
    EXPECT_EQ( parse( {} ).error, "SCENARIO is required; see --help" );
    EXPECT_EQ( parse( { "--output", "xml", "a" } ).error,
               "--output: 'xml'; wanted: jsonl or text; see --help" );
+   EXPECT_EQ( parse( { "--color", "pink", "a" } ).error,
+              "--color: 'pink'; wanted: always, auto or never; see --help" );
    EXPECT_EQ( parse( { "--clock", "fast", "a" } ).error,
               "--clock: 'fast'; wanted: real or virtual; see --help" );
    EXPECT_EQ( parse( { "--trace", "4-2", "a" } ).error,

@@ -65,6 +65,15 @@ TEST( Lexer, ForgetsTheWordsOfTheLineBefore ) {
    EXPECT_EQ( words[ 0 ].text, "d" );
 }
 
+TEST( Lexer, WritesWordsAsALineThatSplitsIntoTheSameOnes ) {
+   std::vector< Replay::Word > words;
+   Replay::splitWords( "\tlag  \"Po  10 #\" \"\"   Ethernet1# comment", words );
+   std::string line = "x";
+   Replay::appendWords( line, words );
+   EXPECT_EQ( line, "xlag \"Po  10 #\" \"\" Ethernet1" );
+   EXPECT_EQ( wordsOf( line.substr( 1 ) ), "[lag][\"Po  10 #\"][\"\"][Ethernet1]" );
+}
+
 TEST( Lexer, RefusesAQuoteInTheMiddleOfAWord ) {
    EXPECT_EQ( errorOf( "lag Po\"rt\" x" ),
               "'Po\"rt\"' has a quote in its middle; wanted: quotes around the whole word" );

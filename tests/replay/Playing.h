@@ -57,15 +57,34 @@ struct Played {
    }
 };
 
+/// A writer, and what it has written.
+class Captured {
+ public:
+   Replay::Writer & writer() noexcept { return writer_; }
+   std::string text() {
+      writer_.flush();
+      std::rewind( file_.get() );
+      std::string text;
+      std::array< char, 4096 > piece{};
+      while ( const std::size_t size = std::fread( piece.data(), 1, piece.size(), file_.get() ) ) {
+         text.append( piece.data(), size );
+      }
+      return text;
+   }
+
+ private:
+   std::unique_ptr< std::FILE, int ( * )( std::FILE * ) > file_{ std::tmpfile(), std::fclose };
+   Replay::Writer writer_{ fileno( file_.get() ) };
+};
+
 using MakeOutput = std::unique_ptr< Replay::Output > ( * )( Replay::Writer & );
 
 inline Played playInto( MakeOutput makeOutput,
                         std::string_view scenario,
                         const Replay::RunOptions & options ) {
    Played played;
-   const std::unique_ptr< std::FILE, int ( * )( std::FILE * ) > file( std::tmpfile(), std::fclose );
-   Replay::Writer writer( fileno( file.get() ) );
-   const auto output = makeOutput( writer );
+   Captured captured;
+   const auto output = makeOutput( captured.writer() );
    try {
       const Replay::Scenario parsed = Replay::parseScenario( scenario );
       Replay::VirtualHostClock clock;
@@ -74,12 +93,7 @@ inline Played playInto( MakeOutput makeOutput,
    } catch ( const Replay::ScenarioError & error ) {
       played.error = std::to_string( error.line() ) + ": " + error.what();
    }
-   writer.flush();
-   std::rewind( file.get() );
-   std::array< char, 4096 > piece{};
-   while ( const std::size_t size = std::fread( piece.data(), 1, piece.size(), file.get() ) ) {
-      played.shown.append( piece.data(), size );
-   }
+   played.shown = captured.text();
    return played;
 }
 
@@ -89,6 +103,10 @@ inline Played play( std::string_view scenario, const Replay::RunOptions & option
 
 inline Played playAsText( std::string_view scenario, const Replay::RunOptions & options = {} ) {
    return playInto( &Replay::textOutput, scenario, options );
+}
+
+inline Played playInColours( std::string_view scenario, const Replay::RunOptions & options = {} ) {
+   return playInto( &Replay::colouredTextOutput, scenario, options );
 }
 
 /// MLAG is active and PortChannel10, with Ethernet1, needs its egress ACL.

@@ -274,6 +274,30 @@ TEST_F( ProgramTest, RefusesATraceFileThatCannotBeMadeAndRunsNothing ) {
    EXPECT_EQ( read( "a.scenario" ), "mlag state 3\n" );
 }
 
+TEST_F( ProgramTest, QuietlyShowsOnlyWhatFailedAndEndsAsEver ) {
+   write( "good.scenario", "lag P E\nstart basic\nexpect joined E P\n" );
+   write( "bad.scenario", "lag P E\nexpect held E P\n" );
+   write( "wrong.scenario", "nonsense\n" );
+   const Outcome good = run( "--quiet --trace all --ring good.scenario" );
+   EXPECT_EQ( good.status, 0 );
+   EXPECT_EQ( good.out + good.err, "" );
+   const Outcome bad = run( "--quiet good.scenario bad.scenario" );
+   EXPECT_EQ( bad.status, 1 );
+   EXPECT_THAT( bad.out, StartsWith( "bad.scenario\n" ) );
+   EXPECT_THAT( bad.out, EndsWith( "expect held E P                                          FAILED"
+                                   "\n                      found       E -> P is joined\n" ) );
+   const Outcome wrong = run( "--quiet good.scenario wrong.scenario" );
+   EXPECT_EQ( wrong.status, 2 );
+   EXPECT_EQ( wrong.out, "" );
+   EXPECT_THAT( wrong.err, StartsWith( "wrong.scenario:1: " ) );
+}
+
+TEST_F( ProgramTest, HasColoursInAFileOnDemandOnly ) {
+   write( "a.scenario", "expect held E P\n" );
+   EXPECT_EQ( run( "a.scenario" ).out.find( '\x1b' ), std::string::npos );
+   EXPECT_THAT( run( "--color always a.scenario" ).out, HasSubstr( "\x1b[32mok\x1b[0m" ) );
+}
+
 TEST_F( ProgramTest, SaysThatStandardOutputCannotBeWritten ) {
    write( "a.scenario", "mlag state 3\n" );
    const Outcome outcome = run( "a.scenario >/dev/full" );

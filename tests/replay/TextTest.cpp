@@ -36,6 +36,34 @@ TEST( FirstMalformed, FindsBytesThatMakeNoCharacter ) {
    EXPECT_EQ( firstMalformed( "\xF4\x90\x80\x80" ), 0U ); // beyond U+10FFFF
 }
 
+TEST( FirstCharacter, SaysHowMuchOfAMalformedOneIsThere ) {
+   const auto malformed = []( std::string_view text ) {
+      const Replay::Character character = Replay::firstCharacter( text );
+      EXPECT_FALSE( character.wellFormed ) << text;
+      return character.length;
+   };
+   EXPECT_EQ( malformed( "\x80" ), 1U );
+   EXPECT_EQ( malformed( "\xC2" ), 1U );
+   EXPECT_EQ( malformed( "\xC2z" ), 1U );
+   EXPECT_EQ( malformed( "\xE2\x82" ), 2U );
+   EXPECT_EQ( malformed( "\xE2\x82z" ), 2U );
+   EXPECT_EQ( malformed( "\xF0\x9F\x98\xC2" ), 3U );
+   EXPECT_EQ( malformed( "\xE0\x80\x80" ), 1U ); // overlong from its second byte on
+   EXPECT_EQ( malformed( "\xFF\x80" ), 1U );
+}
+
+TEST( FirstCharacter, TakesAWholeOneAndNoMore ) {
+   const auto whole = []( std::string_view text ) {
+      const Replay::Character character = Replay::firstCharacter( text );
+      EXPECT_TRUE( character.wellFormed ) << text;
+      return character.length;
+   };
+   EXPECT_EQ( whole( "ab" ), 1U );
+   EXPECT_EQ( whole( "ü" ), 2U );
+   EXPECT_EQ( whole( "€\x80" ), 3U );
+   EXPECT_EQ( whole( "😀" ), 4U );
+}
+
 TEST( AppendPrintable, EscapesWhatMovesATerminal ) {
    EXPECT_EQ( printable( "a\x1b[31m\r\n\tb\x7f" ), "a\\x1b[31m\\x0d\\x0a\\x09b\\x7f" );
    EXPECT_EQ( printable( std::string( "a\0b", 3 ) ), "a\\x00b" );

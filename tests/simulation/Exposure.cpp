@@ -10,49 +10,27 @@ namespace Simulation {
 
 namespace {
 
-constexpr std::array< std::string_view, openCauses > openNames{
-   "time-out",
-   "answer withdrawn",
-   "local ACL not needed",
-   "basic mode asks no peer",
-   "withdrawal under way or lost",
-   "agent down",
-   "not looked at since",
-};
-constexpr std::array< std::string_view, heldCauses > heldNames{
-   "answer under way",
-   "agent down",
-   "not looked at since",
-};
+using Replay::Peering::HeldCause;
+using Replay::Peering::OpenCause;
+using Replay::Peering::Standing;
 
-OpenCause openCause( const Ledger & here, PortInLag pair ) {
-   if ( !here.running() ) {
-      return OpenCause::agentDown;
+Standing standingOf( const Ledger & here, const Ledger & peer, PortInLag pair ) {
+   Standing standing;
+   standing.admitted = here.admitted().contains( pair );
+   standing.ownAcl = here.hasAcl( pair );
+   standing.peerReady = peer.isReady( pair.lag );
+   standing.agentRuns = here.running();
+   standing.decided = !here.isUndecided( pair );
+   standing.peerMode = here.peerMode();
+   if ( here.link( pair.lag ) == Link::failed ) {
+      standing.failed = here.failCause( pair.lag );
    }
-   if ( here.isUndecided( pair ) ) {
-      return OpenCause::notDecided;
-   }
-   if ( here.peerMode() && here.link( pair.lag ) == Link::failed ) {
-      return here.failCause( pair.lag ) == FailCause::timeOut ? OpenCause::timeOut
-                                                              : OpenCause::answerWithdrawn;
-   }
-   if ( !here.hasAcl( pair ) ) {
-      return OpenCause::notNeeded;
-   }
-   return here.peerMode() ? OpenCause::newsUnderWay : OpenCause::basicMode;
+   return standing;
 }
 
-HeldCause heldCause( const Ledger & here, PortInLag pair ) {
-   if ( !here.running() ) {
-      return HeldCause::agentDown;
-   }
-   return here.isUndecided( pair ) ? HeldCause::notDecided : HeldCause::asking;
-}
-
-template < std::size_t count >
+template < class Cause, std::size_t count >
 std::string table( const char * title,
                    const std::array< double, count > & values,
-                   const std::array< std::string_view, count > & names,
                    double members ) {
    constexpr double hundred = 100;
    std::array< char, 128 > text{};
@@ -61,8 +39,9 @@ std::string table( const char * title,
                   sum, members, members > 0 ? sum / members * hundred : 0.0 );
    std::string result = text.data();
    for ( std::size_t at = 0; at < count; ++at ) {
+      const std::string_view name = nameOf( static_cast< Cause >( at ) );
       std::snprintf( text.data(), text.size(), "   %-34.*s %16.6f\n",
-                     static_cast< int >( names[ at ].size() ), names[ at ].data(), values[ at ] );
+                     static_cast< int >( name.size() ), name.data(), values[ at ] );
       result += text.data();
    }
    return result;
@@ -82,19 +61,18 @@ void Exposure::pass( const Ledger & here, const Ledger & peer, double seconds ) 
 }
 
 void Exposure::add( const Ledger & here, const Ledger & peer, PortInLag pair, double seconds ) {
-   const bool ready = here.hasAcl( pair ) && peer.isReady( pair.lag );
-   const bool admitted = here.admitted().contains( pair );
+   const Standing standing = standingOf( here, peer, pair );
    members_ += seconds;
-   if ( admitted && !ready ) {
-      open_[ static_cast< std::size_t >( openCause( here, pair ) ) ] += seconds;
-   } else if ( !admitted && ready ) {
-      held_[ static_cast< std::size_t >( heldCause( here, pair ) ) ] += seconds;
+   if ( const auto open = openCause( standing ) ) {
+      open_[ static_cast< std::size_t >( *open ) ] += seconds;
+   } else if ( const auto held = heldCause( standing ) ) {
+      held_[ static_cast< std::size_t >( *held ) ] += seconds;
    }
 }
 
 std::string Exposure::report() const {
-   return table( "admitted without an ACL in place", open_, openNames, members_ ) +
-          table( "held although both ACLs were in place", held_, heldNames, members_ );
+   return table< OpenCause >( "admitted without an ACL in place", open_, members_ ) +
+          table< HeldCause >( "held although both ACLs were in place", held_, members_ );
 }
 
 } // namespace Simulation

@@ -6,6 +6,7 @@
 //
 // After each change: seenIs(), then what changed, then check(). The first disagreement is kept.
 
+#include "replay/pair/Admission.h"
 #include "tests/simulation/Coverage.h"
 #include "tests/simulation/Observed.h"
 
@@ -18,8 +19,7 @@
 
 namespace Simulation {
 
-/// Why the members of a failed LAG may join.
-enum class FailCause : std::uint8_t { timeOut, answerLost };
+using Replay::Peering::FailCause;
 
 class Ledger {
  public:

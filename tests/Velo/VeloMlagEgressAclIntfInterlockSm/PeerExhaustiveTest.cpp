@@ -4,6 +4,7 @@
 #include "platform/Jotter/TraceFile.h"
 #include "tests/Velo/VeloMlagEgressAclIntfInterlockSm/PeerEvents.h"
 #include "tests/Velo/VeloMlagEgressAclIntfInterlockSm/PeerRun.h"
+#include "tests/platform/Sanitized.h"
 #include "tests/support/TraceRecorder.h"
 
 #include <cstdlib>
@@ -14,11 +15,7 @@
 namespace Velo {
 namespace {
 
-#if defined( __SANITIZE_ADDRESS__ )
-constexpr std::size_t usualDepth = 4;
-#else
-constexpr std::size_t usualDepth = 5;
-#endif
+constexpr std::size_t usualDepth = sanitized ? 4 : 5;
 
 std::size_t depth() {
    const char * const wanted = std::getenv( "INTERLOCK_EXHAUSTIVE_DEPTH" );

@@ -6,10 +6,13 @@
 #include "tests/support/PeerWorld.h"
 #include "tests/support/TraceRecorder.h"
 
+#include <cstddef>
+#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -230,6 +233,59 @@ TEST( LinkStateTable, IsThisOne ) {
       }
    }
    EXPECT_EQ( found, wanted );
+}
+
+// The transition table of docs/interlocks/peer.md: by state and event the next state, or "–".
+std::map< String, std::map< String, String > > tableOfTheDocument() {
+   const auto cellsOf = []( const String & line ) {
+      std::vector< String > cells;
+      std::istringstream in( line.substr( 1 ) );
+      for ( String cell; std::getline( in, cell, '|' ); ) {
+         const auto first = cell.find_first_not_of( " `" );
+         cells.push_back( cell.substr( first, cell.find_last_not_of( " `" ) + 1 - first ) );
+      }
+      return cells;
+   };
+   std::ifstream document( INTERLOCK_DOCUMENTS "/interlocks/peer.md" );
+   std::map< String, std::map< String, String > > table;
+   std::vector< String > events;
+   for ( String line; std::getline( document, line ); ) {
+      if ( line.starts_with( "| from |" ) ) {
+         events = cellsOf( line );
+      } else if ( !line.starts_with( "|" ) ) {
+         events.clear();
+      } else if ( !events.empty() && !line.starts_with( "|-" ) ) {
+         const auto cells = cellsOf( line );
+         for ( std::size_t n = 1; n < events.size(); ++n ) {
+            table[ cells.front() ][ events[ n ] ] = cells.at( n );
+         }
+      }
+   }
+   return table;
+}
+
+// Where an event of the document leads a LAG in a world of its own.
+String after( const String & from, const String & event ) {
+   struct ALag : LinkStateOfALag {
+      void TestBody() override {}
+   } lag;
+   lag.from( from );
+   lag.happens( event == "response lost" ? "response not matching" : event );
+   return stateOf( *lag.sm );
+}
+
+TEST( LinkStateTable, IsWhatTheDocumentShows ) {
+   const auto table = tableOfTheDocument();
+   ASSERT_EQ( table.size(), 4U );
+   for ( const auto & [ from, row ] : table ) {
+      ASSERT_EQ( row.size(), Velo::linkEvents ) << from;
+      for ( const auto & [ event, to ] : row ) {
+         EXPECT_EQ( after( from, event ), to == "–" ? from : to ) << from << ", " << event;
+      }
+   }
+   for ( const auto & [ event, to ] : table.at( "linkDown" ) ) {
+      EXPECT_EQ( after( "none", event ), to == "–" ? "none" : to ) << "no entry, " << event;
+   }
 }
 
 TEST( LinkStateEnum, HasTheNumbersThatReadersOfTheRingKnow ) {

@@ -65,6 +65,8 @@ TEST( TraceCommandLine, NamesWhatIsWrongAndWhatWasWantedInOneLine ) {
    EXPECT_EQ( parse( {} ).error, "FILE is required; see --help" );
    EXPECT_EQ( parse( { "--output", "xml", "a" } ).error,
               "--output: 'xml'; wanted: jsonl or text; see --help" );
+   EXPECT_EQ( parse( { "--color", "1", "f" } ).error,
+              "--color: '1'; wanted: always, auto or never; see --help" );
    EXPECT_EQ( parse( { "--level", "", "a" } ).error,
               "--level: ''; wanted: none, all, or a list of levels such as 0,2-4; see --help" );
    EXPECT_EQ( parse( { "--since", "-1", "a" } ).error,

@@ -1,5 +1,6 @@
 // Files that are printed once: what a record looks like, and what the exit status says.
 
+#include "tests/replay/Terminals.h"
 #include "tests/replay/trace/TraceTool.h"
 
 #include <gmock/gmock.h>
@@ -78,6 +79,39 @@ TEST_F( PrintTraceTest, LetsNoNameMoveTheTerminalOrBreakALine ) {
    EXPECT_THAT( run( { save() } ).out, HasSubstr( "E\\x1b[2J\\x0a1 lag : L\\xff " ) );
    EXPECT_EQ( object().at( "args" ).at( 0 ), "E\x1b[2J\n1" );
    EXPECT_EQ( object().at( "args" ).at( 1 ), "L\xEF\xBF\xBD" ); // JSON is UTF-8
+}
+
+TEST_F( PrintTraceTest, ColoursTellTimesLevelsAndOriginsApart ) {
+   agent.member( "Ethernet1", "PortChannel10" );
+   agent.lag( "PortChannel10", true, 7, Vex::Seconds( 0.1 ) );
+   agent.timeout();
+   EXPECT_EQ(
+      run( { "--color", "always", save() } ).out,
+      "\x1b[36m    0.000   \x1b[0m    \x1b[2m1\x1b[0m  \x1b[2mmemberIntf : Ethernet1 lag : "
+      "PortChannel10\x1b[0m      \x1b[2mVelo/A:10 handleMember 0\x1b[0m\n"
+      "\x1b[36m    0.000   \x1b[0m    \x1b[2m2\x1b[0m  PortChannel10 active true token 7 after "
+      "0.100000  \x1b[2mVelo/B:200 handleLag 3\x1b[0m\n"
+      "\x1b[36m    0.000   \x1b[0m    \x1b[2m3\x1b[0m  \x1b[1;31mtimeout\x1b[0m                  "
+      "                       \x1b[2mVelo/A:30 handleTimeout 4\x1b[0m\n" );
+}
+
+TEST_F( PrintTraceTest, ColoursAreShownWhereTheyAreWantedAndNeverInObjects ) {
+   agent.timeout();
+   const std::string plain = run( { save() } ).out; // no terminal
+   EXPECT_EQ( run( { "--color", "auto", file } ).out, plain );
+   EXPECT_EQ( run( { "--color", "never", file } ).out, plain );
+   EXPECT_EQ( plain.find( '\x1b' ), std::string::npos );
+   EXPECT_EQ( run( { "--color", "always", "--jsonl", file } ).out, run( { "--jsonl", file } ).out );
+   const TestSupport::Variable term( "TERM", "xterm" );
+   const TestSupport::Variable noColour( "NO_COLOR", nullptr );
+   TestSupport::Terminal terminal;
+   const TestSupport::OutputFile errFile;
+   {
+      Replay::Writer out( terminal.descriptor() );
+      Replay::Writer err( errFile.descriptor() );
+      EXPECT_EQ( TestSupport::runWith( { file }, {}, out, err ), 0 );
+   }
+   EXPECT_EQ( terminal.takeText(), run( { "--color", "always", file } ).out );
 }
 
 TEST_F( PrintTraceTest, ARecordOfAnUnknownCallSiteIsShownAsSuch ) {

@@ -1,6 +1,7 @@
 // An agent as a user of the library writes it: one header, two libraries, nothing of the insides.
 
 #include "Velo/VeloIntfInterlock.h"
+#include "platform/Vex/NullArgumentError.h"
 
 #include <iostream>
 
@@ -56,6 +57,12 @@ int main() {
    interlock.release();
    members->memberIs( port, Hardware::Lag::PortProgType() );
    std::cout << "watched by " << members->notifiees() << '\n';
+
+   try { // the library throws, the agent catches
+      lagConfig->initialMemberIs( nullptr );
+   } catch ( const Vex::NullArgumentError & error ) {
+      std::cout << error.what() << '\n';
+   }
 
    const auto ofItsOwn = [] { return Vex::make< IntfFeatureStatus >(); };
    const Vex::Ptr< InterlockModel::StateMachine > all[] = {

@@ -1,0 +1,150 @@
+// What no record tells, and a run of a scenario does.
+
+#include "tests/replay/explain/Explaining.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using TestSupport::basic;
+using TestSupport::explained;
+
+TEST( ExplainGaps, AMemberThatNobodyHasLookedAt ) {
+   EXPECT_EQ( explained( basic + "at 1\n"
+                                 "lag PortChannel20 Ethernet1\n",
+                         { "Ethernet1", "PortChannel20" } ),
+              R"(
+Ethernet1 in PortChannel20 is HELD at 1 s, by egress-acl, which has not looked at it
+
+   egress-acl holds it
+   is looked at again when
+      the egress ACL of Ethernet1 in PortChannel20 is installed or removed
+      the MLAG status of PortChannel20 changes
+      the MLAG state, the peer link or its link status changes
+      Ethernet1 enters, leaves or changes in PortChannel20
+
+   egress-acl has not looked at this member: one that comes with its LAG waits for the next change.
+)" );
+}
+
+TEST( ExplainGaps, AMemberThatCameBackWithItsLag ) {
+   EXPECT_EQ( explained( basic + "member PortChannel10 Ethernet1\n"
+                                 "acl Ethernet1 PortChannel10\n"
+                                 "no member PortChannel10 Ethernet1\n"
+                                 "at 1\n"
+                                 "lag PortChannel10 Ethernet1\n" ),
+              R"(
+Ethernet1 in PortChannel10 is HELD at 1 s, by egress-acl since 0 s
+
+   egress-acl (basic) holds it, decided at 0 s
+   because Ethernet1 entered, left or changed in PortChannel10
+      member of the LAG             no  <- holds it
+   is looked at again when
+      Ethernet1 enters, leaves or changes in PortChannel10
+      the egress ACL of Ethernet1 in PortChannel10 is installed or removed
+      the MLAG status of PortChannel10 changes
+      the MLAG state, the peer link or its link status changes
+   before that
+      since 0 s         held        its egress ACL is not installed
+      since 0 s         admitted    its egress ACL is installed
+
+   egress-acl has not looked at this member: one that comes with its LAG waits for the next change.
+)" );
+}
+
+TEST( ExplainGaps, AMemberOfALagThatIsGone ) {
+   EXPECT_EQ( explained( basic + "member PortChannel10 Ethernet1\n"
+                                 "acl Ethernet1 PortChannel10\n"
+                                 "at 1\n"
+                                 "no lag PortChannel10\n" ),
+              R"(
+Ethernet1 in PortChannel10 is ADMITTED at 1 s, by egress-acl since 0 s
+
+   egress-acl (basic) admits it, decided at 0 s
+   because the egress ACL of Ethernet1 in PortChannel10 was installed or removed
+      member of the LAG             yes
+      MLAG is active                yes
+      peer link is up               yes
+      LAG is active on the peer     yes
+      egress ACL needed             yes
+      egress ACL installed          yes  <- admits it
+   is looked at again when
+      the egress ACL of Ethernet1 in PortChannel10 is installed or removed
+      the MLAG status of PortChannel10 changes
+      the MLAG state, the peer link or its link status changes
+      Ethernet1 enters, leaves or changes in PortChannel10
+   before that
+      since 0 s         held        its egress ACL is not installed
+
+   It is no member of the LAG at this time: no verdict makes it join.
+)" );
+}
+
+TEST( ExplainGaps, AnInterlockThatWasStopped ) {
+   EXPECT_EQ( explained( basic + "member PortChannel10 Ethernet1\n"
+                                 "acl Ethernet1 PortChannel10\n"
+                                 "at 1\n"
+                                 "stop egress-acl\n"
+                                 "at 2\n"
+                                 "no acl Ethernet1 PortChannel10\n" ),
+              R"(
+Ethernet1 in PortChannel10 is ADMITTED at 2 s, by egress-acl since 0 s
+
+   egress-acl (basic) admits it, decided at 0 s
+   because the egress ACL of Ethernet1 in PortChannel10 was installed or removed
+      member of the LAG             yes
+      MLAG is active                yes
+      peer link is up               yes
+      LAG is active on the peer     yes
+      egress ACL needed             yes
+      egress ACL installed          yes  <- admits it
+   is looked at again when
+      an interlock is started
+   before that
+      since 0 s         held        its egress ACL is not installed
+
+   egress-acl was stopped at 1 s: its verdict stands, and nobody keeps it right.
+)" );
+}
+
+TEST( ExplainGaps, AnOutputThatSomebodyElseWrote ) {
+   EXPECT_EQ( explained( basic + "member PortChannel10 Ethernet1\n"
+                                 "at 1\n"
+                                 "output egress-acl Ethernet1 PortChannel10\n" ),
+              R"(
+Ethernet1 in PortChannel10 is ADMITTED at 1 s, by egress-acl since 1 s
+
+   egress-acl (basic) holds it, decided at 0 s
+   because Ethernet1 entered, left or changed in PortChannel10
+      member of the LAG             yes
+      MLAG is active                yes
+      peer link is up               yes
+      LAG is active on the peer     yes
+      egress ACL needed             yes
+      egress ACL installed          no  <- holds it
+   is looked at again when
+      the egress ACL of Ethernet1 in PortChannel10 is installed or removed
+      the MLAG status of PortChannel10 changes
+      the MLAG state, the peer link or its link status changes
+      Ethernet1 enters, leaves or changes in PortChannel10
+
+   egress-acl has decided otherwise: somebody else wrote its output at 1 s.
+)" );
+}
+
+TEST( ExplainGaps, AnOutputOverWhichNobodyHasDecided ) {
+   EXPECT_EQ( explained( "lag PortChannel10 Ethernet1\n"
+                         "at 1\n"
+                         "output egress-acl Ethernet1 PortChannel10\n" ),
+              R"(
+Ethernet1 in PortChannel10 is ADMITTED at 1 s, by egress-acl since 1 s
+
+   egress-acl admits it
+   is looked at again when
+      an interlock is started
+
+   egress-acl has not decided over it: somebody else wrote its output.
+)" );
+}
+
+} // namespace

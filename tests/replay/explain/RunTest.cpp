@@ -1,0 +1,224 @@
+// `interlock-replay explain` as a program: what it is asked, and when it has no answer.
+
+#include "tests/replay/explain/Explaining.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+using TestSupport::basic;
+using TestSupport::explained;
+using TestSupport::explainRun;
+using TestSupport::Json;
+using TestSupport::peer;
+using TestSupport::Shown;
+
+const std::vector< std::string > thePair{ "Ethernet1", "PortChannel10" };
+
+/// The first line of the answer.
+std::string headline( const std::string & scenario, const std::vector< std::string > & arguments ) {
+   const std::string text = explained( scenario, arguments );
+   return text.substr( 1, text.find( '\n', 1 ) - 1 );
+}
+
+std::string headlineAt( const std::string & at ) {
+   return headline( basic + "at 1\nmember PortChannel10 Ethernet1\nat 2\n"
+                            "acl Ethernet1 PortChannel10\nat 3\n",
+                    { "--at", at, "Ethernet1", "PortChannel10" } );
+}
+
+TEST( ExplainProgram, TellsHowThingsStoodAtATimeEventsOfThatTimeIncluded ) {
+   EXPECT_EQ( headlineAt( "1" ),
+              "Ethernet1 in PortChannel10 is HELD at 1 s, by egress-acl since 1 s" );
+   EXPECT_EQ( headlineAt( "1.999" ),
+              "Ethernet1 in PortChannel10 is HELD at 1.999 s, by egress-acl since 1 s" );
+   EXPECT_EQ( headlineAt( "2" ),
+              "Ethernet1 in PortChannel10 is ADMITTED at 2 s, by egress-acl since 2 s" );
+}
+
+TEST( ExplainProgram, AfterTheEndThingsStandAsAtTheEnd ) {
+   EXPECT_EQ( headlineAt( "1000" ),
+              "Ethernet1 in PortChannel10 is ADMITTED at 3 s, by egress-acl since 2 s" );
+}
+
+TEST( ExplainProgram, NothingIsKnownBeforeItHappens ) {
+   const Shown shown = explainRun( basic + "at 1\nmember PortChannel10 Ethernet1\n",
+                                   { "--at", "0.5", "Ethernet1", "PortChannel10" } );
+   EXPECT_EQ( shown.status, 1 );
+   EXPECT_EQ( shown.err, "s: no interlock has decided over any member\n" );
+}
+
+TEST( ExplainProgram, NamesTheLagsThatAMemberWasSeenWith ) {
+   const Shown shown = explainRun( "lag PortChannel2\nlag PortChannel10\nstart basic\n"
+                                   "member PortChannel10 Ethernet1\nmember PortChannel2 Ethernet1\n"
+                                   "member PortChannel2 Ethernet5\n",
+                                   { "Ethernet1", "PortChannel1" } );
+   EXPECT_EQ( shown.status, 1 );
+   EXPECT_EQ( shown.out, "" );
+   EXPECT_EQ( shown.err, "s: 'Ethernet1' was not seen in 'PortChannel1'; it was seen in "
+                         "PortChannel2, PortChannel10\n" );
+}
+
+TEST( ExplainProgram, NamesWhatThereIsAndNotTooMuchOfIt ) {
+   std::string scenario = "lag P\nstart basic\n";
+   for ( int port = 1; port <= 20; ++port ) {
+      scenario += "member P E" + std::to_string( port ) + '\n';
+   }
+   EXPECT_EQ( explainRun( scenario, { "x\n", "y" } ).err,
+              "s: neither 'x\\x0a' nor 'y' was seen; there are E1 in P, E2 in P, E3 in P, E4 in P, "
+              "E5 in P, E6 in P, E7 in P, E8 in P and 12 more\n" );
+}
+
+// ---- Two switches -------------------------------------------------------------------------------
+
+const std::string boot = "mlag peer-interlock on\nmlag intf PortChannel10 1 2\nlag PortChannel10\n"
+                         "start controller\nmember PortChannel10 ";
+const std::string onBoth = "wire off\nswitch left\n" + boot + "Ethernet1\nat 0.05\nswitch right\n" +
+                           boot + "Ethernet1\nat 0.12\n";
+
+TEST( ExplainProgram, TellsWhichSwitchItIs ) {
+   EXPECT_EQ( headline( "switch right\n" + boot + "Ethernet1\n", thePair ),
+              "Ethernet1 in PortChannel10 on right is HELD at 0 s, by egress-acl since 0 s" );
+}
+
+TEST( ExplainProgram, AMemberOfBothSwitchesNeedsToBeToldApart ) {
+   const Shown shown = explainRun( onBoth, thePair );
+   EXPECT_EQ( shown.status, 2 );
+   EXPECT_EQ( shown.err, "s: 'Ethernet1' is known in 'PortChannel10' on both switches; wanted: "
+                         "--switch left or --switch right\n" );
+}
+
+TEST( ExplainProgram, ATimeOutIsThatOfTheSwitchWhoseLagHasWaited ) {
+   EXPECT_EQ(
+      headline( onBoth, { "Ethernet1", "PortChannel10", "--switch", "left" } ),
+      "Ethernet1 in PortChannel10 on left is ADMITTED at 0.12 s, by egress-acl since 0.1 s" );
+   EXPECT_EQ( headline( onBoth, { "Ethernet1", "PortChannel10", "--switch", "right" } ),
+              "Ethernet1 in PortChannel10 on right is HELD at 0.12 s, by egress-acl since 0.05 s" );
+}
+
+TEST( ExplainProgram, TimeOutsOfOneMomentAreToldApartByTheirVerdicts ) {
+   const std::string scenario =
+      "wire off\nswitch right\n" + boot + "Ethernet7\nswitch left\n" + boot + "Ethernet1\nat 1\n";
+   EXPECT_THAT( explained( scenario ),
+                HasSubstr( "on left is ADMITTED at 1 s, by egress-acl since 0.1 s" ) );
+   EXPECT_THAT( explained( scenario, { "Ethernet7", "PortChannel10" } ),
+                HasSubstr( "on right is ADMITTED at 1 s, by egress-acl since 0.1 s" ) );
+}
+
+TEST( ExplainProgram, NothingKnownOnASwitchIsToldWithItsName ) {
+   const Shown shown = explainRun( "switch left\n" + boot + "Ethernet1\n",
+                                   { "--switch", "right", "Ethernet1", "PortChannel10" } );
+   EXPECT_EQ( shown.status, 1 );
+   EXPECT_EQ( shown.err, "s: right: no interlock has decided over any member\n" );
+}
+
+TEST( ExplainProgram, OneSwitchHasNoName ) {
+   const Shown shown = explainRun( basic, { "--switch", "left", "Ethernet1", "PortChannel10" } );
+   EXPECT_EQ( shown.status, 2 );
+   EXPECT_EQ( shown.err, "s: --switch: the scenario has only one switch; wanted: none\n" );
+}
+
+// ---- As JSON ------------------------------------------------------------------------------------
+
+TEST( ExplainProgram, GivesTheSameAsOneObject ) {
+   EXPECT_EQ(
+      explained( peer + "at 1.05\n", { "--output", "jsonl", "Ethernet1", "PortChannel10" } ),
+      R"(
+{"kind":"explanation","t":1.05,"member":"Ethernet1","lag":"PortChannel10",)"
+      R"("admitted":false,"gates":[)"
+      R"({"interlock":"egress-acl","kind":"peer-coordinated","admitted":false,"since":1.0,)"
+      R"("or_earlier":false,"decided":1.0,"reason":"waiting-for-peer",)"
+      R"("because":"Ethernet1 entered, left or changed in PortChannel10","checks":[)"
+      R"({"check":"request to the peer","saw":"sent with token 2","passed":null,"decisive":false},)"
+      R"({"check":"peer's answer","saw":"not there yet","passed":false,"decisive":true},)"
+      R"({"check":"member of the LAG","saw":"yes","passed":true,"decisive":false},)"
+      R"({"check":"LAG is an MLAG interface","saw":"yes","passed":true,"decisive":false}],)"
+      R"("exchange":"asking since 1 s; request 2, sent at 1 s","time_out":1.1,)"
+      R"("looks_again":["the peer's answer for PortChannel10 comes, changes or goes",)"
+      R"("the egress ACL of Ethernet1 in PortChannel10 is installed or removed",)"
+      R"("the MLAG status of PortChannel10 changes",)"
+      R"("Ethernet1 enters, leaves or changes in PortChannel10"],)"
+      R"("before":[],"before_that":0}],"remarks":[]})"
+      "\n" );
+}
+
+TEST( ExplainProgram, AnObjectSaysWhichSwitchAndWhatWasBefore ) {
+   const Json object = Json::parse(
+      explained( onBoth, { "Ethernet1", "PortChannel10", "--switch", "left", "--output=jsonl" } ) );
+   EXPECT_EQ( object.at( "switch" ), "left" );
+   EXPECT_EQ( object.at( "gates" ).at( 0 ).at( "before" ).dump(),
+              R"([{"admitted":false,"reason":"waiting-for-peer","since":0.0}])" );
+   EXPECT_EQ( object.at( "remarks" ).dump(),
+              R"(["A link that has failed does not ask the peer again by itself."])" );
+}
+
+TEST( ExplainProgram, AnObjectOfAMemberThatNobodyLookedAtHasNulls ) {
+   const Json gate =
+      Json::parse( explained( "lag P\nstart basic\nlag P E\n", { "E", "P", "--output=jsonl" } ) )
+         .at( "gates" )
+         .at( 0 );
+   for ( const char * key : { "kind", "since", "decided", "reason", "time_out" } ) {
+      EXPECT_TRUE( gate.at( key ).is_null() ) << key;
+   }
+}
+
+// ---- What is wrong ------------------------------------------------------------------------------
+
+TEST( ExplainProgram, SaysWhatIsWrongWithItsCommandLine ) {
+   const auto error = []( const std::vector< std::string > & arguments ) {
+      const Shown shown = explainRun( "", arguments );
+      EXPECT_EQ( shown.status, 2 );
+      EXPECT_EQ( shown.out, "" );
+      return shown.err;
+   };
+   EXPECT_EQ( error( {} ), "interlock-replay: LAG is required; see explain --help\n" );
+   EXPECT_EQ( error( { "--output", "xml", "a", "b" } ),
+              "interlock-replay: --output: 'xml'; wanted: jsonl or text; see explain --help\n" );
+   EXPECT_EQ( error( { "--switch", "both", "a", "b" } ),
+              "interlock-replay: --switch: 'both'; wanted: left or right; see explain --help\n" );
+   EXPECT_EQ( error( { "--at", "now", "a", "b" } ),
+              "interlock-replay: --at: 'now'; wanted: seconds such as 12.5; see explain --help\n" );
+}
+
+TEST( ExplainProgram, SaysWhatIsWrongWithTheScenario ) {
+   EXPECT_EQ( explainRun( "mlag state 300\n", thePair ).err,
+              "s:1: '300' is no N; wanted: a number from 0 to 255\n" );
+   const Shown shown = explainRun( basic + "at 1\nat 0\n", thePair );
+   EXPECT_EQ( shown.status, 2 );
+   EXPECT_EQ( shown.out, "" );
+   EXPECT_EQ( shown.err, "s:8: '0' is in the past; wanted: 1 or later\n" );
+}
+
+TEST( ExplainProgram, AnswersHelp ) {
+   const Shown shown = explainRun( "", { "--help" } );
+   EXPECT_EQ( shown.status, 0 );
+   EXPECT_THAT( shown.out, HasSubstr( "interlock-replay explain [OPTIONS] MEMBER LAG SCENARIO" ) );
+   for ( const char * word : { "--at", "--switch", "--output", "Exit status" } ) {
+      EXPECT_THAT( shown.out, HasSubstr( word ) );
+   }
+}
+
+TEST( ExplainProgram, SaysThatStandardOutputCannotBeWritten ) {
+   const int full = open( "/dev/full", O_WRONLY | O_CLOEXEC );
+   const TestSupport::OutputFile errFile;
+   Replay::Writer out( full );
+   Replay::Writer err( errFile.descriptor() );
+   const char * const argv[] = { "interlock-replay", "explain", "--help" }; // NOLINT
+   EXPECT_EQ( Explain::explainScenario( 3, argv, out, err ), 2 );
+   EXPECT_EQ( errFile.text(), "interlock-replay: standard output: No space left on device\n" );
+   close( full );
+}
+
+TEST( ExplainProgram, NamesThatLookLikeMessagesAreNamesNevertheless ) {
+   EXPECT_EQ( headline( "lag \"P lag \"\nstart basic\nmember \"P lag \" \"E memberIntf : \"\n",
+                        { "E memberIntf : ", "P lag " } ),
+              "E memberIntf :  in P lag  is ADMITTED at 0 s, by egress-acl since 0 s" );
+}
+
+} // namespace
