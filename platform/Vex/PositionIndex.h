@@ -20,6 +20,7 @@ class PositionIndex {
  public:
    static constexpr std::uint32_t none = std::numeric_limits< std::uint32_t >::max();
 
+   /// What find() gives.
    struct Place {
       std::uint32_t position; // none: the key is absent
       std::uint32_t slot;

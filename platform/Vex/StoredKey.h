@@ -12,12 +12,14 @@
 
 namespace Vex {
 
+/// A key that stands for a number.
 template < class Key >
 concept PackedKey = requires( const Key & key ) {
    { key.packed() } -> std::unsigned_integral;
    { Key::unpacked( key.packed() ) } -> std::same_as< Key >;
 };
 
+/// What a collection keeps of a key, and how it finds it: the key as it is.
 template < class Key >
 struct StoredKey {
    using Type = Key;
@@ -26,6 +28,7 @@ struct StoredKey {
    static std::size_t hash( const Key & stored ) noexcept { return stored.hash(); }
 };
 
+/// The number that the key stands for.
 template < PackedKey Key >
 struct StoredKey< Key > {
    using Type = decltype( Key().packed() );
