@@ -17,7 +17,8 @@ constexpr Vex::Seconds patience{ 2 }; // of who waits without a word
 constexpr Vex::Seconds pace{ 0.1 }; // from one line to the next
 
 void write( int terminal, std::string_view text ) noexcept {
-   static_cast< void >( ::write( terminal, text.data(), text.size() ) ); // nothing depends on it
+   // Nothing depends on it.
+   [[maybe_unused]] const ssize_t written = ::write( terminal, text.data(), text.size() );
 }
 
 std::string_view firstColumns( std::string_view text, std::size_t count ) noexcept {

@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <limits>
-#include <regex>
 #include <string>
 
 namespace {
@@ -28,8 +27,16 @@ using TestSupport::Variable;
 constexpr std::uint32_t allLevels = std::numeric_limits< std::uint32_t >::max();
 
 std::string withoutColours( const std::string & text ) {
-   static const std::regex sequence( "\x1b\\[[0-9;]*m" );
-   return std::regex_replace( text, sequence, "" );
+   std::string plain;
+   bool inSequence = false; // from the escape character to the letter that ends it
+   for ( const char c : text ) {
+      inSequence = inSequence || c == '\x1b';
+      if ( !inSequence ) {
+         plain += c;
+      }
+      inSequence = inSequence && c != 'm';
+   }
+   return plain;
 }
 
 TEST( ColouredLine, HasEachPartInItsColourAndTheRestPlain ) {
