@@ -287,8 +287,11 @@ void TraceFile::writeShort( std::uint64_t site,
 
 void TraceFile::writeLong( DescriptorId descriptor,
                            std::span< const std::byte > arguments ) noexcept {
-   const std::size_t rest = arguments.size() - Layout::inlineArgumentBytes;
-   const std::uint64_t more = ( rest + Layout::cellBytes - 1 ) / Layout::cellBytes;
+   // A long text may be cut to very little: then all of it has room in the first cell.
+   const auto inFirst =
+      arguments.first( std::min( arguments.size(), Layout::inlineArgumentBytes ) );
+   std::span< const std::byte > left = arguments.subspan( inFirst.size() );
+   const std::uint64_t more = ( left.size() + Layout::cellBytes - 1 ) / Layout::cellBytes;
    const std::uint64_t time = timeWord( Vex::eventTime() );
    const bool shared = manyWriters();
    const auto [ first, sequence ] =
@@ -301,7 +304,6 @@ void TraceFile::writeLong( DescriptorId descriptor,
       writeCell( cell( number ), number, continues, content );
       return true;
    };
-   std::span< const std::byte > left = arguments.subspan( Layout::inlineArgumentBytes );
    for ( std::uint64_t at = 1; at <= more; ++at ) {
       Layout::Content content{};
       const auto part = left.first( std::min( left.size(), Layout::cellBytes ) );
@@ -312,8 +314,8 @@ void TraceFile::writeLong( DescriptorId descriptor,
       }
    }
    Layout::Content content{ sequence, time, Layout::siteWord( descriptor, arguments.size() ) };
-   std::memcpy( content.data() + Layout::recordHeadBytes / sizeof( std::uint64_t ),
-                arguments.data(), Layout::inlineArgumentBytes );
+   std::memcpy( content.data() + Layout::recordHeadBytes / sizeof( std::uint64_t ), inFirst.data(),
+                inFirst.size() );
    write( first, content );
 }
 
