@@ -18,6 +18,14 @@ class VlanId {
    constexpr std::uint16_t value() const noexcept { return value_; }
    constexpr std::size_t hash() const noexcept { return value_; }
 
+   /// As collections keep it.
+   constexpr std::uint32_t packed() const noexcept { return value_; }
+   static constexpr VlanId unpacked( std::uint32_t packed ) noexcept {
+      VlanId id;
+      id.value_ = static_cast< std::uint16_t >( packed );
+      return id;
+   }
+
    friend constexpr auto operator<=>( VlanId, VlanId ) noexcept = default;
 
  private:

@@ -22,7 +22,6 @@ namespace Jotter {
 
 class Duplog {
  public:
-   /// Borrows `text`, which outlives it.
    explicit Duplog( const Vex::TextTrace & text ) noexcept : text_( text ) {}
 
    template < unsigned level, class Unique, class... Pieces >
@@ -61,7 +60,7 @@ class Duplog {
       return 0;
    }
 
-   const Vex::TextTrace & text_;
+   Vex::TextTrace text_;
 };
 
 } // namespace Jotter

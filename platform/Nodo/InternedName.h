@@ -46,8 +46,10 @@ static_assert( sizeof( InternedName ) == 64 );
 
 namespace Detail {
 
-// Handles fit into four bytes.
+// More than there are handles: a power of two, so that the remainder below costs nothing.
 inline constexpr unsigned nameBlocks = 32;
+// Collections use the other bits of four bytes themselves (platform/Vex/StoredKey.h).
+inline constexpr unsigned handleBits = 30;
 
 // Read for every name in a record, so it is no function. The name of no interface is there from the
 // start.

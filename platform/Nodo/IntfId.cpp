@@ -52,7 +52,7 @@ class InternedTexts {
  private:
    std::uint64_t add( const Vex::String & text ) {
       const std::uint64_t number = count_;
-      VEX_ASSERT( number < Detail::namesIn( Detail::nameBlocks ) - 1 );
+      VEX_ASSERT( number < std::uint64_t{ 1 } << Detail::handleBits );
       const unsigned block = Detail::nameBlockOf( number );
       InternedName * names = Detail::names.at( block ).load( std::memory_order_relaxed );
       if ( names == nullptr ) {

@@ -34,7 +34,8 @@ class VEX_EXPORT IntfId {
 
    constexpr std::uint64_t value() const noexcept { return value_; }
 
-   /// The handle in four bytes, as collections keep it; there are never as many texts.
+   /// The handle in four bytes, as collections keep it, bits 30 and 31 clear; there are never as
+   /// many texts.
    constexpr std::uint32_t packed() const noexcept {
       return static_cast< std::uint32_t >( value_ );
    }

@@ -38,7 +38,7 @@ class CollectionPass {
       Iterator( const Collection & collection, std::uint32_t end, Wanted wanted ) noexcept
           : collection_( collection ), wanted_( wanted ),
             at_( collection.entries_.next( 0, end, wanted ) ), end_( end ) {}
-      auto operator*() const { return Projection()( collection_.entries_[ at_ ] ); }
+      auto operator*() const { return Projection()( collection_.entries_, at_ ); }
       Iterator & operator++() noexcept {
          at_ = collection_.entries_.next( at_ + 1, end_, wanted_ );
          return *this;

@@ -13,8 +13,8 @@
 // Errors: out of memory throws and leaves the collection as it was; nothing else fails.
 // Layout: entries lie in the order of insertion (platform/Vex/EntryStore.h), with their keys in few
 // bytes (platform/Vex/StoredKey.h); removed ones leave a hole, and the holes are closed when there
-// are many and no pass is under way. Beyond 16 entries an index finds a key
-// (platform/Vex/PositionIndex.h); below that a scan of a few cache lines is faster.
+// are many and no pass is under way. Beyond 32 entries an index finds a key
+// (platform/Vex/PositionIndex.h); below that they are compared all at once (platform/Vex/KeyScan.h).
 
 #include "platform/Vex/Assert.h"
 #include "platform/Vex/CollectionPass.h"
@@ -35,9 +35,8 @@ struct NoValue {
    friend bool operator==( NoValue, NoValue ) = default;
 };
 
-/// Key needs ==, a default constructor, and hash() unless it is packed (platform/Vex/StoredKey.h);
 /// Value needs == and a default constructor.
-template < class Key, class Value >
+template < PackedKey Key, class Value >
 class KeyMap {
  public:
    /// What a pass over entries visits.
@@ -55,20 +54,12 @@ class KeyMap {
 
    std::size_t size() const noexcept { return liveCount_; }
    bool empty() const noexcept { return liveCount_ == 0; }
-   bool has( const Key & key ) const noexcept { return place( key ).position != none; }
+   bool has( const Key & key ) const noexcept { return place( key.packed() ) != none; }
 
-   /// The value under `key`, or null; valid until the next mutation. Whoever decides about one key
-   /// asks for it several times in a row, so the entry that was found last is looked at first.
+   /// The value under `key`, or null; valid until the next mutation.
    const Value * find( const Key & key ) const noexcept {
-      if ( foundLast_ != none && entries_[ foundLast_ ].key == Stored::from( key ) ) {
-         return &entries_[ foundLast_ ].value;
-      }
-      const Place found = place( key );
-      if ( found.position == none ) {
-         return nullptr;
-      }
-      foundLast_ = found.position;
-      return &entries_[ found.position ].value;
+      const std::uint32_t found = place( key.packed() );
+      return found != none ? &entries_.value( found ) : nullptr;
    }
    /// A copy of the value under `key`, or a default one.
    Value get( const Key & key ) const {
@@ -78,12 +69,12 @@ class KeyMap {
 
    /// Inserts or overwrites; false when `key` holds an equal value already.
    bool put( const Key & key, Value value ) {
-      const Place found = place( key );
-      if ( found.position == none ) {
-         append( Stored::from( key ), std::move( value ) );
+      const std::uint32_t found = place( key.packed() );
+      if ( found == none ) {
+         append( key.packed(), std::move( value ) );
          return true;
       }
-      Value & present = entries_[ found.position ].value;
+      Value & present = entries_.value( found );
       if ( present == value ) {
          return false;
       }
@@ -100,15 +91,14 @@ class KeyMap {
 
    /// Removes `key` and returns its value; nothing when it is absent.
    std::optional< Value > take( const Key & key ) {
-      const Place found = place( key );
-      if ( found.position == none ) {
+      const std::uint32_t found = place( key.packed() );
+      if ( found == none ) {
          return std::nullopt;
       }
-      std::optional< Value > taken( std::exchange( entries_[ found.position ].value, Value() ) );
-      entries_.makeHole( found.position );
-      foundLast_ = none;
+      std::optional< Value > taken( std::exchange( entries_.value( found ), Value() ) );
+      entries_.makeHole( found );
       if ( !index_.empty() ) {
-         index_.remove( found.slot );
+         index_.remove( key.packed(), found );
       }
       --liveCount_;
       closeHoles();
@@ -119,11 +109,15 @@ class KeyMap {
 
    /// Of an entry, what a pass over keys visits.
    struct ToKey {
-      Key operator()( const auto & kept ) const { return Stored::to( kept.key ); }
+      Key operator()( const auto & entries, std::uint32_t at ) const {
+         return Key::unpacked( entries.key( at ) );
+      }
    };
    /// Of an entry, what a pass over entries visits.
    struct ToEntry {
-      Entry operator()( const auto & kept ) const { return { Stored::to( kept.key ), kept.value }; }
+      Entry operator()( const auto & entries, std::uint32_t at ) const {
+         return { Key::unpacked( entries.key( at ) ), entries.value( at ) };
+      }
    };
    /// One pass, for range-for; see the head of this file.
    CollectionPass< KeyMap, ToKey > keys() const noexcept {
@@ -132,9 +126,7 @@ class KeyMap {
    /// One pass over the keys that `wanted` accepts, which sees keys and changes nothing.
    template < class Wanted >
    auto keysWhere( Wanted wanted ) const noexcept {
-      const auto accepts = [ wanted ]( const Kept & kept ) {
-         return wanted( Stored::to( kept.key ) );
-      };
+      const auto accepts = [ wanted ]( Stored key ) { return wanted( Key::unpacked( key ) ); };
       return CollectionPass< KeyMap, ToKey, decltype( accepts ) >( *this, accepts );
    }
    CollectionPass< KeyMap, ToEntry > entries() const noexcept {
@@ -146,95 +138,83 @@ class KeyMap {
    friend class CollectionPass;
 
    using Stored = StoredKey< Key >;
-   struct Kept {
-      typename Stored::Type key{};
-      [[no_unique_address]] Value value{};
-   };
+   using Index = PositionIndex< Stored >;
 
-   static constexpr std::uint32_t none = PositionIndex::none;
-   static constexpr std::uint32_t scanLimit = 16;
+   static constexpr std::uint32_t none = Index::none;
+   static constexpr std::uint32_t scanLimit = EntryStore< Stored, Value >::scanned;
    static constexpr std::uint32_t firstSlots = 64;
+   static constexpr std::uint32_t fewHoles = 16; // not worth closing
 
-   using Place = PositionIndex::Place;
-
-   Place place( const Key & key ) const noexcept {
-      const auto stored = Stored::from( key );
-      if ( index_.empty() ) {
-         const std::uint32_t at =
-            entries_.scan( [ & ]( const Kept & kept ) { return kept.key == stored; } );
-         return { at != entries_.used() ? at : none, none };
-      }
-      return index_.find( Stored::hash( stored ), [ & ]( std::uint32_t position ) {
-         return entries_[ position ].key == stored;
-      } );
+   std::uint32_t place( Stored key ) const noexcept {
+      return index_.empty() ? entries_.scan( key ) : index_.find( key, keyAt() );
+   }
+   auto keyAt() const noexcept {
+      return [ this ]( std::uint32_t position ) { return entries_.key( position ); };
    }
 
    // All that can throw comes before the first change that shows.
-   void append( const typename Stored::Type & key, Value && value ) {
-      if ( index_.empty() ? entries_.used() >= scanLimit : index_.full( entries_.used() ) ) {
-         makeIndexRoom();
+   void append( Stored key, Value && value ) {
+      if ( index_.empty() ) {
+         if ( entries_.used() >= scanLimit ) {
+            endScanning();
+         }
+      } else if ( passes_ == 0 && !index_.hasPosition( entries_.used() ) ) {
+         squeeze();
       }
-      entries_.makeRoom();
-      if ( !index_.empty() ) {
-         index_.add( Stored::hash( key ), entries_.used() );
+      if ( index_.empty() ) {
+         entries_.makeRoom();
+      } else {
+         index_.makeRoom( key, entries_.used(), keyAt() );
+         entries_.makeRoom();
+         index_.add( key, entries_.used() );
       }
-      entries_.add( Kept{ key, std::move( value ) } );
+      entries_.add( key, std::move( value ) );
       ++liveCount_;
    }
 
-   // Closing the holes gives room enough where the index would not be three quarters full of live
-   // entries, or where it costs a scan only; otherwise the index is doubled.
-   void makeIndexRoom() {
-      const std::uint32_t enough =
-         index_.empty() ? scanLimit - 1 : index_.load() - index_.load() / 4;
-      if ( passes_ == 0 && liveCount_ <= enough ) {
+   // Closing the holes gives room enough where a quarter would be free; otherwise there will be an
+   // index.
+   [[gnu::noinline]] void endScanning() {
+      if ( passes_ == 0 && liveCount_ <= scanLimit - scanLimit / 4 ) {
          squeeze();
          return;
       }
-      index_ = PositionIndex( index_.empty() ? firstSlots : 2 * index_.slots() );
-      if ( passes_ == 0 ) {
-         foundLast_ = none;
-         entries_.closeHoles( enter() );
-      } else {
-         entries_.forEachLive( enter() );
+      Index index( firstSlots );
+      for ( std::uint32_t at = 0; at < entries_.used(); ++at ) {
+         if ( entries_.live( at ) ) {
+            index.makeRoom( entries_.key( at ), at, keyAt() );
+            index.add( entries_.key( at ), at );
+         }
       }
+      index_ = std::move( index );
    }
 
    // Only while no pass is under way, because a pass counts on positions.
-   void squeeze() noexcept {
-      foundLast_ = none;
-      if ( index_.empty() ) {
-         entries_.closeHoles( []( std::uint32_t /* at */, const Kept & /* kept */ ) {} );
-      } else {
-         index_.clear();
-         entries_.closeHoles( enter() );
-      }
+   [[gnu::noinline]] void squeeze() noexcept {
+      entries_.closeHoles( [ this ]( Stored key, std::uint32_t from, std::uint32_t to ) {
+         if ( !index_.empty() ) {
+            index_.move( key, from, to );
+         }
+      } );
    }
 
-   auto enter() noexcept {
-      return [ this ]( std::uint32_t at, const Kept & kept ) {
-         index_.add( Stored::hash( kept.key ), at );
-      };
-   }
-
-   // As many holes as live entries are enough to pay for closing them.
+   // Almost as many holes as live entries are enough to pay for closing them.
    void closeHoles() const noexcept {
       const std::uint32_t holes = entries_.used() - liveCount_;
-      if ( passes_ == 0 && holes > scanLimit && holes > liveCount_ ) {
+      if ( passes_ == 0 && holes > fewHoles && holes > liveCount_ - liveCount_ / 8 ) [[unlikely]] {
          // Order and content stay the same: what a reader sees is not changed.
          // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
          const_cast< KeyMap & >( *this ).squeeze();
       }
    }
 
-   EntryStore< Kept > entries_;
-   PositionIndex index_; // empty: scan
+   Index index_; // empty: scan
+   EntryStore< Stored, Value > entries_;
    std::uint32_t liveCount_ = 0;
    mutable std::uint32_t passes_ = 0;
-   mutable std::uint32_t foundLast_ = none; // by find(), and still at that position
 };
 
-template < class Key >
+template < PackedKey Key >
 using KeySet = KeyMap< Key, NoValue >;
 
 } // namespace Vex

@@ -1,92 +1,132 @@
 #pragma once
 
-// The index of a keyed collection: from the hash of a key to the position of its entry.
+// The index of a keyed collection: from a key to the position of its entry.
 //
-// Layout: open addressing with linear probing over 32-bit slots, a power of two of them. The low
-// bits of a slot are a position, the high bits those of the hash that did not choose the slot, and
-// the highest one tells that there is a position; so nearly every slot that does not belong to a
-// key is told from the slot alone, without a look at the entry.
-// Errors: the constructor throws when there is no memory; nothing else fails.
+// Layout: handles are small consecutive numbers, so as a rule every key is at home, in the slot that
+// its low bits choose (platform/Vex/HomeSlots.h); ports that follow each other share a cache line,
+// and no key has to be mixed. Keys whose home is taken are kept apart (platform/Vex/AwayKeys.h),
+// and when they become too many there are twice as many homes.
+// Errors: makeRoom() throws when there is no memory and has lost nothing then; nothing else fails.
 
-#include <algorithm>
-#include <cstddef>
+#include "platform/Vex/AwayKeys.h"
+#include "platform/Vex/HomeSlots.h"
+
+#include <concepts>
 #include <cstdint>
 #include <limits>
 #include <memory>
 
 namespace Vex {
 
+/// `keyAt( position )`, as its functions take it, is the key of an entry.
+template < std::unsigned_integral Number >
 class PositionIndex {
  public:
+   /// In the place of a position where there is none.
    static constexpr std::uint32_t none = std::numeric_limits< std::uint32_t >::max();
 
-   /// What find() gives.
-   struct Place {
-      std::uint32_t position; // none: the key is absent
-      std::uint32_t slot;
-   };
-
-   /// Without slots.
+   /// None.
    PositionIndex() noexcept = default;
-   /// With so many slots, a power of two.
-   explicit PositionIndex( std::uint32_t slots )
-       : mask_( slots - 1 ), slots_( std::make_unique< std::uint32_t[] >( slots ) ) {} // NOLINT
+   /// With so many homes, a power of two.
+   explicit PositionIndex( std::uint32_t slots ) : homes_( slots ) {}
 
-   bool empty() const noexcept { return mask_ == 0; }
-   std::uint32_t slots() const noexcept { return mask_ + 1; }
-   /// So many slots may be in use: a quarter stays free, which keeps the ways to a key short.
-   std::uint32_t load() const noexcept { return mask_ - mask_ / 4; }
-   /// There is no room for `position`, or none for any more entry.
-   bool full( std::uint32_t position ) const noexcept {
-      return position > mask_ || inUse_ >= load();
+   bool empty() const noexcept { return homes_.empty(); }
+   /// There is a number for this position without growing.
+   bool hasPosition( std::uint32_t position ) const noexcept {
+      return homes_.hasPosition( position );
    }
 
-   /// Where the entry is for which `holds( position )`, among those of this hash.
-   template < class Holds >
-   Place find( std::size_t hash, const Holds & holds ) const noexcept {
-      const std::uint32_t tag = tagOf( hash );
-      for ( std::uint32_t at = home( hash );; at = ( at + 1 ) & mask_ ) {
-         const std::uint32_t slot = slots_[ at ];
-         if ( ( slot & ~mask_ ) == tag ) [[likely]] {
-            if ( const std::uint32_t position = slot & mask_; holds( position ) ) [[likely]] {
-               return { position, at };
-            }
-         } else if ( slot == free ) {
-            return { none, none };
-         }
+   /// The position of `key`, or none.
+   template < class KeyAt >
+   std::uint32_t find( Number key, const KeyAt & keyAt ) const noexcept {
+      if ( const Number slot = homes_.slot( key ); homes_.holds( slot, key ) ) [[likely]] {
+         return homes_.position( slot );
+      }
+      return away_ && away_->size() != 0 ? findAway( key, keyAt ) : none;
+   }
+
+   /// Makes room for `key`, which is not there, at `position`.
+   template < class KeyAt >
+   void makeRoom( Number key, std::uint32_t position, const KeyAt & keyAt ) {
+      if ( !homes_.isFree( homes_.slot( key ) ) || !homes_.hasRoom( key ) ||
+           !homes_.hasPosition( position ) ) [[unlikely]] {
+         makeMoreRoom( key, position, keyAt );
       }
    }
-
-   /// Enters a position that is not there yet and for which it is not full.
-   void add( std::size_t hash, std::uint32_t position ) noexcept {
-      std::uint32_t at = home( hash );
-      while ( slots_[ at ] > removed ) {
-         at = ( at + 1 ) & mask_;
+   /// Adds a key that is not there, and for which there is room.
+   void add( Number key, std::uint32_t position ) noexcept {
+      if ( homes_.isFree( homes_.slot( key ) ) ) [[likely]] {
+         homes_.put( key, position );
+      } else {
+         away_->add( key, position );
       }
-      inUse_ += static_cast< std::uint32_t >( slots_[ at ] == free );
-      slots_[ at ] = tagOf( hash ) | position;
    }
-   void remove( std::uint32_t slot ) noexcept { slots_[ slot ] = removed; }
-   void clear() noexcept {
-      std::fill_n( slots_.get(), slots(), free );
-      inUse_ = 0;
+   /// Removes the key whose entry is at `position`.
+   void remove( Number key, std::uint32_t position ) noexcept {
+      if ( homes_.holds( homes_.slot( key ), key ) ) [[likely]] {
+         homes_.remove( key );
+      } else {
+         away_->remove( away_->find( key, position ) );
+      }
+   }
+   /// The entry of `key` has moved.
+   void move( Number key, std::uint32_t from, std::uint32_t to ) noexcept {
+      if ( homes_.holds( homes_.slot( key ), key ) ) [[likely]] {
+         homes_.put( key, to );
+      } else {
+         away_->positionIs( away_->find( key, from ), to );
+      }
    }
 
  private:
-   static constexpr std::uint32_t free = 0;
-   static constexpr std::uint32_t removed = 1;
-   static constexpr std::uint32_t hasPosition = std::uint32_t{ 1 } << 31U;
-
-   std::uint32_t tagOf( std::size_t hash ) const noexcept {
-      return ( static_cast< std::uint32_t >( hash ) & ~mask_ ) | hasPosition;
+   // Not inline, as all that is rare.
+   template < class KeyAt >
+   [[gnu::noinline]] std::uint32_t findAway( Number key, const KeyAt & keyAt ) const noexcept {
+      const std::uint32_t slot = away_->find( key, keyAt );
+      return slot != AwayKeys< Number >::none ? away_->position( slot ) : none;
    }
-   std::uint32_t home( std::size_t hash ) const noexcept {
-      return static_cast< std::uint32_t >( hash ) & mask_;
+   template < class KeyAt >
+   [[gnu::noinline]] void makeMoreRoom( Number key, std::uint32_t position, const KeyAt & keyAt ) {
+      while ( !homes_.hasPosition( position ) || crowded( key, position ) ) {
+         homes_.grow();
+         bringHome( keyAt );
+      }
+      if ( homes_.isFree( homes_.slot( key ) ) ) {
+         homes_.makeRoom( key );
+         return;
+      }
+      if ( !away_ ) {
+         away_ = std::make_unique< AwayKeys< Number > >();
+      }
+      away_->makeRoom( keyAt );
    }
 
-   std::uint32_t mask_ = 0;
-   std::uint32_t inUse_ = 0; // slots that are not free, removed ones among them
-   std::unique_ptr< std::uint32_t[] > slots_; // NOLINT(modernize-avoid-c-arrays): sized at run time
+   // One more key away would be too many: then every fourth slot would have one, or every
+   // sixty-fourth while there are fewer slots than twice the entries.
+   bool crowded( Number key, std::uint32_t entries ) const noexcept {
+      const std::uint32_t share = homes_.slots() / 2 < entries ? 64 : 4;
+      return away_ && away_->size() >= homes_.slots() / share &&
+             !homes_.isFree( homes_.slot( key ) );
+   }
+
+   // The homes are others now.
+   template < class KeyAt >
+   void bringHome( const KeyAt & keyAt ) {
+      if ( !away_ ) {
+         return;
+      }
+      away_->forEach( [ & ]( std::uint32_t slot, std::uint32_t position ) {
+         const Number key = keyAt( position );
+         if ( homes_.isFree( homes_.slot( key ) ) ) {
+            homes_.makeRoom( key );
+            homes_.put( key, position );
+            away_->remove( slot );
+         }
+      } );
+   }
+
+   HomeSlots< Number > homes_;
+   std::unique_ptr< AwayKeys< Number > > away_;
 };
 
 } // namespace Vex

@@ -23,7 +23,7 @@ namespace {
 
 using TestSupport::intf;
 
-constexpr int most = 60; // past the first index and its first growth
+constexpr int most = 200; // past the first index and its growth
 
 // Counts what it is told.
 template < class EntityType >

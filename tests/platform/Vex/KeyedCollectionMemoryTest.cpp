@@ -12,34 +12,52 @@
 
 namespace {
 
-using Key = TestKey< Hashing::spread >;
+using Key = TestKey< Numbers::dense >;
 using Map = Vex::KeyMap< Key, int >;
 
-std::vector< int > keysOf( const Map & map ) {
+template < class MapType >
+std::vector< int > keysOf( const MapType & map ) {
    std::vector< int > keys;
    keys.reserve( map.size() );
-   for ( const Key key : map.keys() ) {
+   for ( const auto key : map.keys() ) {
       keys.push_back( key.number );
    }
    return keys;
 }
 
-TEST( KeyMapMemoryTest, AnInsertionWithoutMemoryLeavesItAsItWas ) {
-   Map map;
+template < class KeyType >
+void insertWithoutMemory( int keys, int wantedFailures ) {
+   Vex::KeyMap< KeyType, int > map;
    std::vector< int > wanted;
    int failed = 0;
-   for ( int key = 0; key < 200; ++key ) {
+   for ( int key = 0; key < keys; ++key ) {
       failed += Memory::attemptsUntilSuccess< std::bad_alloc >(
          [ & ] { map.put( { key }, key + 1 ); },
          [ & ] {
             ASSERT_EQ( keysOf( map ), wanted );
             ASSERT_FALSE( map.has( { key } ) );
-            ASSERT_EQ( map.get( { key - 1 } ), key );
+            for ( int other = 0; other < key; ++other ) {
+               ASSERT_EQ( map.get( { other } ), other + 1 );
+            }
          } );
       wanted.push_back( key );
    }
-   EXPECT_GT( failed, 10 );
+   EXPECT_GT( failed, wantedFailures );
    EXPECT_EQ( keysOf( map ), wanted );
+}
+
+TEST( KeyMapMemoryTest, AnInsertionWithoutMemoryLeavesItAsItWas ) {
+   insertWithoutMemory< Key >( 200, 10 );
+   insertWithoutMemory< Key >( 20'000, 30 ); // in many pieces of memory
+}
+
+TEST( KeyMapMemoryTest, AnInsertionWithoutMemoryAmongKeysFarApartLeavesItAsItWas ) {
+   insertWithoutMemory< TestKey< Numbers::strided > >( 5'000, 30 );
+}
+
+TEST( KeyMapMemoryTest, AnInsertionWithoutMemoryAmongKeysThatWantTheSameHomeLeavesItAsItWas ) {
+   insertWithoutMemory< TestKey< Numbers::fewHomes > >( 200, 10 );
+   insertWithoutMemory< TestKey< Numbers::oneHome > >( 5'000, 30 );
 }
 
 TEST( KeyMapMemoryTest, AnInsertionWithoutMemoryDuringAPassLeavesItAsItWas ) {
@@ -94,7 +112,7 @@ TEST( KeyMapMemoryTest, AKeyThatComesAndGoesDoesNotLetItGrow ) {
       map.put( { 50 }, round );
    }
    requests = Memory::requests() - requests;
-   EXPECT_EQ( requests, 2 ); // for the entries and their marks, once
+   EXPECT_EQ( requests, 2 ); // for keys and for values, once
    EXPECT_EQ( map.size(), 100 );
    EXPECT_EQ( map.get( { 50 } ), 9'999 );
 }
@@ -128,7 +146,7 @@ TEST( KeyMapMemoryTest, WhatIsFarTooMuchIsGivenBack ) {
    for ( int key = 10; key < 100'000; ++key ) {
       map.erase( { key } );
    }
-   EXPECT_LT( Memory::held(), full - 40 ); // entries lie in pieces of 16 KiB
+   EXPECT_LT( Memory::held(), full - 40 ); // keys and values lie in chunks of 16 KiB
    EXPECT_EQ( keysOf( map ).size(), 10 );
 }
 

@@ -9,7 +9,7 @@
 
 namespace {
 
-using Key = TestKey< Hashing::spread >;
+using Key = TestKey< Numbers::dense >;
 using Map = Vex::KeyMap< Key, std::string >;
 
 TEST( KeyMapPassTest, APassOverSomeKeysVisitsThoseInOrder ) {

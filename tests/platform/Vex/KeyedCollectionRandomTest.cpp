@@ -60,7 +60,7 @@ class Model {
    std::uint64_t insertions = 0;
 };
 
-template < Hashing hashing >
+template < Numbers numbers >
 class Play {
  public:
    Play( std::uint64_t seed, int keys ) : random_( seed ), keys_( keys ) {}
@@ -150,36 +150,36 @@ class Play {
    int keys_;
    int left_ = 0;
    bool growing_ = true;
-   Vex::KeyMap< TestKey< hashing >, int > map_;
+   Vex::KeyMap< TestKey< numbers >, int > map_;
    Model model_;
 };
 
-template < Hashing hashing >
+template < Numbers numbers >
 void play( std::uint64_t usualSeed, int keys, int steps ) {
    SCOPED_TRACE( seedNote( usualSeed ) );
-   Play< hashing >( seed( usualSeed ), keys ).run( steps );
+   Play< numbers >( seed( usualSeed ), keys ).run( steps );
 }
 
 TEST( KeyMapRandomTest, AgreesWithAListOfPairsWhileItIsScanned ) {
-   play< Hashing::spread >( 1, 8, 20'000 );
+   play< Numbers::dense >( 1, 8, 20'000 );
 }
 
 TEST( KeyMapRandomTest, AgreesWithAListOfPairsAroundTheFirstIndex ) {
-   play< Hashing::spread >( 2, 24, 20'000 );
+   play< Numbers::dense >( 2, 24, 20'000 );
 }
 
 TEST( KeyMapRandomTest, AgreesWithAListOfPairsOfManyKeys ) {
-   play< Hashing::spread >( 3, 300, 30'000 );
+   play< Numbers::dense >( 3, 300, 30'000 );
 }
 
 TEST( KeyMapRandomTest, AgreesWithAListOfPairsOfCollidingKeys ) {
-   play< Hashing::few >( 4, 60, 20'000 );
-   play< Hashing::one >( 5, 60, 10'000 );
+   play< Numbers::fewHomes >( 4, 60, 20'000 );
+   play< Numbers::oneHome >( 5, 60, 10'000 );
 }
 
 TEST( KeyMapRandomTest, AgreesWithAListOfPairsOfKeysThatAreKeptAsNumbers ) {
-   play< Hashing::packed >( 6, 24, 20'000 );
-   play< Hashing::packed >( 7, 300, 30'000 );
+   play< Numbers::strided >( 6, 24, 20'000 );
+   play< Numbers::strided >( 7, 300, 30'000 );
 }
 
 } // namespace

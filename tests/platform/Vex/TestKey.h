@@ -1,48 +1,63 @@
 #pragma once
 
-// Keys for the tests of keyed collections, whose hash is chosen by the test; or which collections
-// keep as a number.
+// Keys for the tests of keyed collections, by how the numbers lie that collections keep for them.
 
-#include <cstddef>
 #include <cstdint>
 
-enum class Hashing : std::uint8_t { spread, few, one, packed };
-
-template < Hashing hashing >
-struct TestKey {
-   int number = 0;
-
-   std::size_t hash() const noexcept {
-      const auto value = static_cast< std::size_t >( number );
-      switch ( hashing ) {
-      case Hashing::spread:
-         return value * 0x9E3779B97F4A7C15ULL >> 32U;
-      case Hashing::few:
-         return value % 3;
-      case Hashing::one:
-         return ~std::size_t{ 0 }; // the probe wraps round at once
-      case Hashing::packed:
-         break;
-      }
-      return 0;
-   }
-
-   friend bool operator==( TestKey a, TestKey b ) noexcept {
-      ++comparisons;
-      return a.number == b.number;
-   }
-
-   inline static std::uint64_t comparisons = 0;
+enum class Numbers : std::uint8_t {
+   dense, // one after the other
+   strided, // every sixteenth
+   fewHomes, // all alike in their low bits but for three kinds
+   oneHome, // of 64 bits, which differ in their upper half alone
 };
 
-/// As it is kept, only some of its bits are used, and none of them is the lowest.
+template < Numbers numbers >
+struct TestKey {
+   int number = 0; // -1 and more
+
+   std::uint32_t packed() const noexcept {
+      const auto value = static_cast< std::uint32_t >( number + 1 );
+      switch ( numbers ) {
+      case Numbers::dense:
+         return value;
+      case Numbers::strided:
+         return value << 4U;
+      case Numbers::fewHomes:
+      case Numbers::oneHome:
+         break;
+      }
+      return value % 3 | value / 3 << 20U;
+   }
+   static TestKey unpacked( std::uint32_t packed ) noexcept {
+      std::uint32_t value = packed;
+      switch ( numbers ) {
+      case Numbers::dense:
+         break;
+      case Numbers::strided:
+         value = packed >> 4U;
+         break;
+      case Numbers::fewHomes:
+      case Numbers::oneHome:
+         value = 3 * ( packed >> 20U ) + packed % 4;
+         break;
+      }
+      return { static_cast< int >( value ) - 1 };
+   }
+
+   friend bool operator==( TestKey, TestKey ) = default;
+};
+
 template <>
-struct TestKey< Hashing::packed > {
+struct TestKey< Numbers::oneHome > {
    int number = 0;
 
-   std::uint32_t packed() const noexcept { return static_cast< std::uint32_t >( number ) << 4U; }
-   static TestKey unpacked( std::uint32_t packed ) noexcept {
-      return { static_cast< int >( packed >> 4U ) };
+   static constexpr std::uint64_t home = 0x3FFFFFFF;
+
+   std::uint64_t packed() const noexcept {
+      return static_cast< std::uint64_t >( static_cast< std::uint32_t >( number ) ) << 32U | home;
+   }
+   static TestKey unpacked( std::uint64_t packed ) noexcept {
+      return { static_cast< int >( packed >> 32U ) };
    }
 
    friend bool operator==( TestKey, TestKey ) = default;

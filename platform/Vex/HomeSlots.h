@@ -1,0 +1,165 @@
+#pragma once
+
+// The slots of an index in which keys are at home (platform/Vex/PositionIndex.h).
+//
+// Layout: a power of two of slots as wide as a key, of which the low bits of a key choose one: its
+// home. A slot holds the position of the key's entry in place of those bits, which the home tells,
+// and of one bit more, beside the rest of the key; so a key is found without a look at its entry.
+// Slots lie in segments of 16 KiB, which are made when the first key comes into them; so growing is
+// not much work at once, and where no keys are there is no memory.
+// Errors: makeRoom() and grow() throw when there is no memory and have changed nothing then; nothing
+// else fails.
+
+#include <algorithm>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <utility>
+
+namespace Vex {
+
+/// Bits 30 and 31, and the highest one, of all keys are 0.
+template < std::unsigned_integral Number >
+class HomeSlots {
+ public:
+   static constexpr std::uint32_t segmentLength = 16 * 1024 / sizeof( Number );
+
+   /// None.
+   HomeSlots() noexcept = default;
+   /// So many, a power of two and at most a segment.
+   explicit HomeSlots( std::uint32_t slots ) : first_( newSegment( slots ) ), mask_( slots - 1 ) {}
+
+   bool empty() const noexcept { return mask_ == 0; }
+   std::uint32_t slots() const noexcept { return mask_ + 1; }
+   /// Positions are below twice as many as slots.
+   bool hasPosition( std::uint32_t position ) const noexcept { return position <= positionMask(); }
+
+   /// What is in the home of `key`.
+   Number slot( Number key ) const noexcept {
+      const std::uint32_t home = homeOf( key );
+      if ( home < segmentLength ) [[likely]] {
+         return first_[ home ];
+      }
+      const Number * const segment = more_[ home / segmentLength - 1 ].get();
+      return segment != nullptr ? segment[ home % segmentLength ] : free;
+   }
+   static bool isFree( Number slot ) noexcept { return slot == free; }
+   /// It is `key`.
+   bool holds( Number slot, Number key ) const noexcept {
+      // No bit differs but those of the position.
+      return ( slot ^ ( key << 1U | used ) ) <= positionMask();
+   }
+   /// The position of the key that is there.
+   std::uint32_t position( Number slot ) const noexcept {
+      return static_cast< std::uint32_t >( slot ) & positionMask();
+   }
+
+   /// Makes memory for the home of `key`.
+   void makeRoom( Number key ) {
+      Segment & segment = segmentAt( homeOf( key ) / segmentLength );
+      if ( !segment ) {
+         segment = newSegment( segmentLength );
+      }
+   }
+   /// There is memory for the home of `key`.
+   bool hasRoom( Number key ) const noexcept {
+      return segmentAt( homeOf( key ) / segmentLength ) != nullptr;
+   }
+   /// Enters `key` in its home, for which there is memory, and which is free or its own.
+   void put( Number key, std::uint32_t position ) noexcept {
+      home( key ) = restOf( key ) | used | position;
+   }
+   /// Removes `key` from its home.
+   void remove( Number key ) noexcept { home( key ) = free; }
+
+   /// Makes twice as many of them; the keys stay.
+   void grow() {
+      HomeSlots twice;
+      twice.mask_ = 2 * mask_ + 1;
+      if ( slots() < segmentLength ) {
+         twice.first_ = newSegment( twice.slots() );
+      } else {
+         // A segment stays the lower of two; the upper one is made where keys go there.
+         twice.more_ = std::make_unique< Segment[] >( 2 * segments() - 1 ); // NOLINT(*-c-arrays)
+         for ( std::uint32_t at = 0; at < segments(); ++at ) {
+            if ( anyGoesUp( at ) ) {
+               twice.segmentAt( segments() + at ) = newSegment( segmentLength );
+            }
+         }
+      }
+      for ( std::uint32_t at = 0; at < segments(); ++at ) { // from here on nothing fails
+         twice.takeOver( *this, at );
+      }
+      first_ = std::move( twice.first_ );
+      more_ = std::move( twice.more_ );
+      mask_ = twice.mask_;
+   }
+
+ private:
+   using Segment =
+      std::unique_ptr< Number[] >; // NOLINT(modernize-avoid-c-arrays): sized at run time
+
+   static constexpr Number free = 0;
+   static constexpr Number used = Number{ 1 } << 31U;
+
+   static Segment newSegment( std::uint32_t length ) {
+      return std::make_unique< Number[] >( length ); // NOLINT(modernize-avoid-c-arrays)
+   }
+
+   std::uint32_t homeOf( Number key ) const noexcept {
+      return static_cast< std::uint32_t >( key ) & mask_;
+   }
+   Number & home( Number key ) noexcept {
+      const std::uint32_t home = homeOf( key );
+      return home < segmentLength ? first_[ home ]
+                                  : more_[ home / segmentLength - 1 ][ home % segmentLength ];
+   }
+   std::uint32_t segments() const noexcept { return mask_ / segmentLength + 1; }
+   Segment & segmentAt( std::uint32_t at ) noexcept { return at == 0 ? first_ : more_[ at - 1 ]; }
+   const Segment & segmentAt( std::uint32_t at ) const noexcept {
+      return at == 0 ? first_ : more_[ at - 1 ];
+   }
+   // What a slot holds of a key, one bit to the left.
+   Number restOf( Number key ) const noexcept { return ( key & ~Number{ mask_ } ) << 1U; }
+   std::uint32_t positionMask() const noexcept { return 2 * mask_ + 1; }
+   Number withoutPosition( Number slot ) const noexcept { return slot & ~Number{ positionMask() }; }
+   Number keyOf( Number slot, std::uint32_t home ) const noexcept {
+      return ( withoutPosition( slot ) ^ used ) >> 1U | home;
+   }
+
+   // Some key of this segment has its home in the upper half of twice as many slots.
+   bool anyGoesUp( std::uint32_t segment ) const noexcept {
+      const Number * const slots = segmentAt( segment ).get();
+      return slots != nullptr &&
+             std::any_of( slots, slots + segmentLength, [ this ]( Number slot ) {
+                return ( slot & Number{ this->slots() } << 1U ) != 0;
+             } );
+   }
+   // The keys of one segment, which becomes one of these where it is whole.
+   void takeOver( HomeSlots & half, std::uint32_t at ) noexcept {
+      Segment segment = std::move( half.segmentAt( at ) );
+      if ( !segment ) {
+         return;
+      }
+      Number * const slots = segment.get();
+      if ( half.slots() >= segmentLength ) {
+         segmentAt( at ) = std::move( segment );
+      }
+      const std::uint32_t length = std::min( half.slots(), segmentLength );
+      for ( std::uint32_t home = at * segmentLength; home < at * segmentLength + length; ++home ) {
+         if ( const Number slot = std::exchange( slots[ home % segmentLength ], free );
+              slot != free ) {
+            const Number key = half.keyOf( slot, home );
+            put( key, half.position( slot ) );
+         }
+      }
+   }
+
+   Segment first_;
+   std::unique_ptr< Segment[] > more_; // NOLINT(modernize-avoid-c-arrays): null where no key is
+   std::uint32_t mask_ = 0;
+};
+
+} // namespace Vex

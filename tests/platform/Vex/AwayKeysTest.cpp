@@ -1,0 +1,124 @@
+// Keys by a hash of them. Each test keeps the keys by position itself, as a collection does.
+
+#include "platform/Vex/AwayKeys.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace {
+
+class AwayKeysTest : public testing::Test {
+ protected:
+   using Keys = Vex::AwayKeys< std::uint64_t >;
+
+   auto keyAt() {
+      return [ this ]( std::uint32_t position ) {
+         ++looks;
+         return keys.at( position );
+      };
+   }
+   // Gives each key the next position.
+   void add( std::uint64_t key ) {
+      away.makeRoom( keyAt() );
+      away.add( key, static_cast< std::uint32_t >( keys.size() ) );
+      keys.push_back( key );
+   }
+   // The position of `key`, or -1.
+   int position( std::uint64_t key ) {
+      const std::uint32_t slot = away.find( key, keyAt() );
+      return slot != Keys::none ? static_cast< int >( away.position( slot ) ) : -1;
+   }
+   void remove( std::uint64_t key ) { away.remove( away.find( key, keyAt() ) ); }
+
+   Keys away;
+   std::vector< std::uint64_t > keys;
+   std::uint64_t looks = 0;
+};
+
+constexpr std::uint64_t lag( std::uint64_t number ) {
+   return number << 32U;
+}
+
+TEST_F( AwayKeysTest, AreNoneAtFirst ) {
+   EXPECT_EQ( away.size(), 0 );
+   EXPECT_EQ( position( 5 ), -1 );
+}
+
+TEST_F( AwayKeysTest, AreFoundUntilTheyGo ) {
+   for ( std::uint64_t at = 0; at < 1'000; ++at ) {
+      add( lag( at ) | 5 );
+   }
+   EXPECT_EQ( away.size(), 1'000 );
+   for ( std::uint64_t at = 0; at < 1'000; ++at ) {
+      ASSERT_EQ( position( lag( at ) | 5 ), static_cast< int >( at ) );
+      ASSERT_EQ( position( lag( at ) | 6 ), -1 );
+   }
+   for ( std::uint64_t at = 0; at < 1'000; at += 2 ) {
+      remove( lag( at ) | 5 );
+   }
+   EXPECT_EQ( away.size(), 500 );
+   for ( std::uint64_t at = 0; at < 1'000; ++at ) {
+      ASSERT_EQ( position( lag( at ) | 5 ), at % 2 == 0 ? -1 : static_cast< int >( at ) );
+   }
+}
+
+TEST_F( AwayKeysTest, AreFoundByTheirPositionsAndMayGetOthers ) {
+   for ( std::uint64_t at = 0; at < 100; ++at ) {
+      add( at * 64 );
+   }
+   const std::uint32_t slot = away.find( 7 * 64, 7U );
+   EXPECT_EQ( away.position( slot ), 7 );
+   away.positionIs( slot, 100 );
+   keys.push_back( 7 * 64 );
+   EXPECT_EQ( position( 7 * 64 ), 100 );
+   EXPECT_EQ( away.find( 7 * 64, 100U ), slot );
+}
+
+TEST_F( AwayKeysTest, AreFoundWithFewLooks ) {
+   for ( std::uint64_t at = 0; at < 10'000; ++at ) {
+      add( lag( at ) | at % 16 );
+   }
+   looks = 0;
+   for ( std::uint64_t at = 0; at < 10'000; ++at ) {
+      position( lag( at ) | at % 16 );
+   }
+   EXPECT_LT( looks, 10'000 * 4 );
+}
+
+TEST_F( AwayKeysTest, ThatComeAndGoDoNotLetThemGrow ) {
+   for ( std::uint64_t at = 0; at < 20; ++at ) {
+      add( at );
+   }
+   for ( std::uint64_t round = 0; round < 10'000; ++round ) {
+      remove( round + 10 );
+      add( round + 20 );
+      ASSERT_EQ( position( round + 10 ), -1 );
+      ASSERT_EQ( position( round + 20 ), static_cast< int >( round + 20 ) );
+      ASSERT_EQ( position( round % 10 ), static_cast< int >( round % 10 ) );
+   }
+   looks = 0;
+   for ( std::uint64_t key = 20'000; key < 30'000; ++key ) {
+      position( key );
+   }
+   EXPECT_LT( looks, 10'000 * 20 ); // of few slots, many have to be passed
+   EXPECT_EQ( away.size(), 20 );
+}
+
+TEST_F( AwayKeysTest, AreEachVisitedOnce ) {
+   for ( std::uint64_t at = 0; at < 50; ++at ) {
+      add( at * 3 );
+   }
+   remove( 9 );
+   std::vector< int > visits( 50 );
+   away.forEach( [ & ]( std::uint32_t slot, std::uint32_t position ) {
+      EXPECT_EQ( away.position( slot ), position );
+      ++visits.at( position );
+   } );
+   for ( std::size_t at = 0; at < 50; ++at ) {
+      EXPECT_EQ( visits.at( at ), at == 3 ? 0 : 1 );
+   }
+}
+
+} // namespace
