@@ -219,7 +219,7 @@ class Table:
         for what in ("ours", "ours-without-arguments"):
             event, floor = f"record/event/{what}", f"record/event/floor{what[4:]}"
             self.row(f"within an event{what[4:].replace('-', ' ')}",
-                     [("ours/floor", self.cell(self.ratio(event, floor)))],
+                     [("ours/floor", self.cell(self.ratio(event, floor), None))],
                      [("ours", self.times.get(event)), ("floor", self.times.get(floor))])
         self.row("for comparison", [], [(what, self.times.get(f"record/{what}"))
                                         for what in ("clock-read", "disabled-text")])

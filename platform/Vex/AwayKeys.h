@@ -8,6 +8,7 @@
 // Errors: makeRoom() throws when there is no memory and has changed nothing then; nothing else
 // fails.
 
+#include <algorithm>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -47,9 +48,8 @@ class AwayKeys {
          return;
       }
       AwayKeys roomy;
-      roomy.slots_.resize( slots_.empty()                                     ? 8
-                           : 2 * ( std::size_t{ size_ } + 1 ) > slots_.size() ? 2 * slots_.size()
-                                                                              : slots_.size() );
+      const bool mostAreLive = 2 * ( std::size_t{ size_ } + 1 ) > slots_.size();
+      roomy.slots_.resize( mostAreLive ? std::max( fewest, 2 * slots_.size() ) : slots_.size() );
       for ( const std::uint32_t slot : slots_ ) {
          if ( slot >= used ) {
             roomy.add( keyAt( slot - used ), slot - used );
@@ -82,6 +82,7 @@ class AwayKeys {
    }
 
  private:
+   static constexpr std::size_t fewest = 8; // slots
    static constexpr std::uint32_t free = 0;
    static constexpr std::uint32_t removed = 1;
    static constexpr std::uint32_t used = 2; // and the position

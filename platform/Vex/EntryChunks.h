@@ -32,13 +32,14 @@ class EntryChunks {
    static_assert( std::is_nothrow_move_assignable_v< Value > );
    static_assert( alignof( Value ) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__ );
 
+   static constexpr std::size_t chunkBytes = 16UL * 1024;
    static constexpr std::size_t valueBytes = std::is_empty_v< Value > ? 0 : sizeof( Value );
    /// At least so many keys lie side by side from each multiple of it on.
    static constexpr std::uint32_t leastRun = 64;
    static constexpr std::uint32_t chunkLength =
       std::max< std::uint32_t >( leastRun,
                                  std::bit_floor( static_cast< std::uint32_t >(
-                                    16 * 1024 / ( sizeof( Number ) + valueBytes ) ) ) );
+                                    chunkBytes / ( sizeof( Number ) + valueBytes ) ) ) );
 
    EntryChunks() = default;
    EntryChunks( const EntryChunks & ) = delete;
@@ -112,8 +113,8 @@ class EntryChunks {
    // Keys are 0, values as they are by default. `length` is a multiple of sixteen, so that the keys
    // behind the values lie as they have to.
    static Chunk create( std::uint32_t length ) {
-      const auto chunk =
-         static_cast< Chunk >( ::operator new( length *( valueBytes + sizeof( Number ) ) ) );
+      const std::size_t bytes = length * ( valueBytes + sizeof( Number ) );
+      auto * const chunk = static_cast< Chunk >( ::operator new( bytes ) );
       if constexpr ( valueBytes != 0 ) {
          std::uninitialized_value_construct_n( valuesOf( chunk ), length );
       }
@@ -131,7 +132,7 @@ class EntryChunks {
 
    void growFirstChunk() {
       const std::uint32_t capacity = nextCapacity();
-      const Chunk first = create( capacity );
+      Chunk first = create( capacity );
       std::copy_n( keysOf( first_, capacity_ ), capacity_, keysOf( first, capacity ) );
       if constexpr ( valueBytes != 0 ) {
          std::move( valuesOf( first_ ), valuesOf( first_ ) + capacity_, valuesOf( first ) );
@@ -146,7 +147,7 @@ class EntryChunks {
       const std::uint32_t chunks = capacity_ / chunkLength;
       VEX_ASSERT( capacity_ < std::numeric_limits< std::uint32_t >::max() / 4 );
       if ( std::has_single_bit( chunks ) ) {
-         auto more = std::make_unique< Chunk[] >( 2 * chunks ); // NOLINT(modernize-avoid-c-arrays)
+         auto more = std::make_unique< Chunk[] >( std::size_t{ 2 } * chunks ); // NOLINT(*-c-arrays)
          std::copy_n( more_.get(), chunks - 1, more.get() );
          more_ = std::move( more );
       }

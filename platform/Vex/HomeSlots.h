@@ -24,7 +24,7 @@ namespace Vex {
 template < std::unsigned_integral Number >
 class HomeSlots {
  public:
-   static constexpr std::uint32_t segmentLength = 16 * 1024 / sizeof( Number );
+   static constexpr std::uint32_t segmentLength = std::uint32_t{ 16 * 1024 } / sizeof( Number );
 
    /// None.
    HomeSlots() noexcept = default;

@@ -69,7 +69,9 @@ TEST( ColouredLine, MayLoseItsEnd ) {
    EXPECT_EQ( line.coloured(), "\x1b[36m12\x1b[0m" );
 }
 
-TEST( WantsColours, AsToldElseAtATerminalOnly ) {
+using WantsColours = TestSupport::WithTerminals;
+
+TEST_F( WantsColours, AsToldElseAtATerminalOnly ) {
    const TestSupport::Terminal terminal;
    const Variable term( "TERM", "xterm" );
    const Variable noColour( "NO_COLOR", nullptr );

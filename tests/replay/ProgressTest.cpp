@@ -85,6 +85,9 @@ TEST_F( ProgressTest, ALineThatWasNeverShownIsNotWiped ) {
 
 TEST_F( ProgressTest, TheLineIsCutAtACharacterBeforeTheLastColumn ) {
    Terminal narrow( 9 );
+   if ( narrow.descriptor() < 0 ) {
+      GTEST_SKIP() << TestSupport::noTerminals;
+   }
    {
       ProgressLine line( narrow.descriptor(), realTime() );
       line.show( "Büro 東京 and more" );
@@ -214,6 +217,9 @@ TEST_F( PlayProgressTest, AnErrorFindsTheLineWiped ) {
 TEST_F( PlayProgressTest, WhatIsWrittenToTheSameTerminalFindsTheLineWiped ) {
    const Variable term( "TERM", "xterm" );
    Terminal both( 200 );
+   if ( both.descriptor() < 0 ) {
+      GTEST_SKIP() << TestSupport::noTerminals;
+   }
    Replay::Options options;
    options.colours = Replay::UseColours::never;
    options.scenarios = { write( "a", "mlag state 3\nmlag state 4\n" ) };

@@ -18,7 +18,9 @@ using ::testing::Not;
 using TestSupport::Terminal;
 using TestSupport::Variable;
 
-TEST( Terminal, IsOneThatSaysWhatItKnows ) {
+using TerminalTest = TestSupport::WithTerminals;
+
+TEST_F( TerminalTest, IsOneThatSaysWhatItKnows ) {
    const Terminal terminal;
    for ( const char * const kind : { "xterm", "xterm-256color", "linux", "dumber" } ) {
       const Variable term( "TERM", kind );
@@ -30,7 +32,7 @@ TEST( Terminal, IsOneThatSaysWhatItKnows ) {
    }
 }
 
-TEST( Terminal, IsNoPipeAndNothingClosed ) {
+TEST_F( TerminalTest, IsNoPipeAndNothingClosed ) {
    const Variable term( "TERM", "xterm" );
    std::array< int, 2 > ends{};
    ASSERT_EQ( pipe( ends.data() ), 0 );
@@ -41,13 +43,13 @@ TEST( Terminal, IsNoPipeAndNothingClosed ) {
    EXPECT_FALSE( Replay::isTerminal( -1 ) );
 }
 
-TEST( Terminal, SaysHowWideItIs ) {
+TEST_F( TerminalTest, SaysHowWideItIs ) {
    EXPECT_EQ( Replay::columnsOf( Terminal( 132 ).descriptor() ), 132U );
    EXPECT_EQ( Replay::columnsOf( Terminal( 0 ).descriptor() ), 80U );
    EXPECT_EQ( Replay::columnsOf( -1 ), 80U );
 }
 
-class AtTerminalTest : public ::testing::Test {
+class AtTerminalTest : public TestSupport::WithTerminals {
  protected:
    AtTerminalTest() {
       std::string pattern = ( std::filesystem::temp_directory_path() / "replay-XXXXXX" ).string();

@@ -46,12 +46,15 @@ class Variable {
    std::optional< std::string > before_;
 };
 
-/// Hands out exactly what is written to it.
+/// Hands out exactly what is written to it. Where the machine has none to give, as in a root folder
+/// without /dev/pts, there is nothing at its descriptor: tests are WithTerminals.
 class Terminal {
  public:
    explicit Terminal( unsigned short columns = 80 ) {
       const winsize size{ 24, columns, 0, 0 };
-      EXPECT_EQ( openpty( &master_, &descriptor_, nullptr, nullptr, &size ), 0 );
+      if ( openpty( &master_, &descriptor_, nullptr, nullptr, &size ) != 0 ) {
+         return;
+      }
       termios settings{};
       tcgetattr( descriptor_, &settings );
       cfmakeraw( &settings );
@@ -126,6 +129,19 @@ class Terminal {
    int master_ = -1;
    int descriptor_ = -1;
    int status_ = -1;
+};
+
+/// Why a test is skipped.
+inline constexpr const char * noTerminals = "this machine gives no pseudo terminals";
+
+/// Tests that need terminals, and are skipped where there are none.
+class WithTerminals : public ::testing::Test {
+ protected:
+   void SetUp() override {
+      if ( Terminal().descriptor() < 0 ) {
+         GTEST_SKIP() << noTerminals;
+      }
+   }
 };
 
 } // namespace TestSupport

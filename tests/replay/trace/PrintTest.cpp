@@ -105,6 +105,9 @@ TEST_F( PrintTraceTest, ColoursAreShownWhereTheyAreWantedAndNeverInObjects ) {
    const TestSupport::Variable term( "TERM", "xterm" );
    const TestSupport::Variable noColour( "NO_COLOR", nullptr );
    TestSupport::Terminal terminal;
+   if ( terminal.descriptor() < 0 ) {
+      GTEST_SKIP() << TestSupport::noTerminals;
+   }
    const TestSupport::OutputFile errFile;
    {
       Replay::Writer out( terminal.descriptor() );
