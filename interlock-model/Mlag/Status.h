@@ -57,7 +57,8 @@ class VEX_EXPORT Status final : public Vex::Entity< StatusAttribute, Nodo::IntfI
 
    const IntfStatuses & intfStatus() const noexcept { return intfStatus_; }
    bool intfStatusHas( Nodo::IntfId intf ) const noexcept { return intfStatus_.has( intf ); }
-   /// A default-constructed status for an interface without entry; valid until the next change.
+   /// A default-constructed status for an interface without entry; valid until the next change, or
+   /// the end of a pass over them.
    const IntfStatus & intfStatus( Nodo::IntfId intf ) const noexcept {
       const IntfStatus * const status = intfStatus_.find( intf );
       return status != nullptr ? *status : unknown_;

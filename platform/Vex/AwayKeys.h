@@ -9,6 +9,7 @@
 // fails.
 
 #include <algorithm>
+#include <bit>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -87,10 +88,9 @@ class AwayKeys {
    static constexpr std::uint32_t removed = 1;
    static constexpr std::uint32_t used = 2; // and the position
 
-   // 2^64 / golden ratio spreads keys also where they differ in their upper half alone.
+   // The highest bits of the product with 2^64 / golden ratio depend on all bits of the key.
    std::size_t home( Number key ) const noexcept {
-      return static_cast< std::size_t >( key * 0x9E3779B97F4A7C15ULL >> 32U ) &
-             ( slots_.size() - 1 );
+      return key * 0x9E3779B97F4A7C15ULL >> ( 64 - std::countr_zero( slots_.size() ) );
    }
    std::size_t next( std::size_t at ) const noexcept { return ( at + 1 ) & ( slots_.size() - 1 ); }
 

@@ -1,8 +1,9 @@
 #pragma once
 
-// The keys and values of a keyed collection by position, in chunks of 16 KiB, so that growing
-// neither copies what is there nor asks for much memory at once, however many there are. The first
-// chunk begins small and doubles; small collections are that chunk alone.
+// The keys and values of a keyed collection by position, in chunks of at most 16 KiB, or of 64
+// large values, so that growing neither copies what is there nor asks for much memory at once,
+// however many there are. The first chunk begins small and doubles; small collections are that
+// chunk alone.
 //
 // Layout: a chunk is one piece of memory, its values before its keys, which lie side by side,
 // because passes and scans look for keys alone. Values without content take no memory.
@@ -29,7 +30,9 @@ template < std::unsigned_integral Number, class Value >
 class EntryChunks {
  public:
    static_assert( std::is_nothrow_default_constructible_v< Value > );
+   static_assert( std::is_nothrow_move_constructible_v< Value > );
    static_assert( std::is_nothrow_move_assignable_v< Value > );
+   static_assert( std::is_nothrow_destructible_v< Value > );
    static_assert( alignof( Value ) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__ );
 
    static constexpr std::size_t chunkBytes = 16UL * 1024;

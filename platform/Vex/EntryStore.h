@@ -31,11 +31,7 @@ class EntryStore {
    EntryStore & operator=( const EntryStore & ) = delete;
    EntryStore( EntryStore && ) = delete;
    EntryStore & operator=( EntryStore && ) = delete;
-   /// The values go in order, the first one first.
-   ~EntryStore() {
-      forget( 0 );
-      deleteMarks();
-   }
+   ~EntryStore() { deleteMarks(); }
 
    /// Positions in use, holes included: 0 up to this.
    std::uint32_t used() const noexcept { return used_; }
@@ -47,11 +43,12 @@ class EntryStore {
    /// In the place of a position where there is none.
    static constexpr std::uint32_t none = std::numeric_limits< std::uint32_t >::max();
 
-   /// Where `key` is live among the first `scanned`, or none.
+   /// So many are worth a scan.
    static constexpr std::uint32_t scanned = 2 * keysScanned;
+   /// Where `key` is live, or none; where no more are in use than are worth it.
    std::uint32_t scan( Number key ) const noexcept {
       const Number * keys = chunks_.firstKeys();
-      for ( std::uint32_t at = 0; at < std::min( used_, scanned ); at += keysScanned ) {
+      for ( std::uint32_t at = 0; at < used_; at += keysScanned ) {
          const std::uint32_t matches = matchesOfSixteen( keys + at, key );
          const auto live = static_cast< std::uint32_t >( marks_[ 0 ] >> at ) & matches;
          if ( live != 0 ) {
@@ -117,7 +114,7 @@ class EntryStore {
    }
 
    /// Moves the live entries together, in order, calls `moved( key, from, to )` for each that has
-   /// another position now, and gives back memory that is not needed soon.
+   /// another position now, and gives back chunks that are not needed soon.
    template < class Moved >
    void closeHoles( const Moved & moved ) noexcept {
       std::uint32_t to = 0;
@@ -183,7 +180,7 @@ class EntryStore {
 
    std::uint64_t nearMarks_ = 0;
    std::uint64_t * marks_ = &nearMarks_; // one bit a position; 0: a hole. Owned unless near
-   [[no_unique_address]] Chunks chunks_; // in whose end the next lies
+   [[no_unique_address]] Chunks chunks_; // leaves room at its end for what follows
    std::uint32_t used_ = 0;
 };
 

@@ -4,11 +4,12 @@
 //
 // Layout: a power of two of slots as wide as a key, of which the low bits of a key choose one: its
 // home. A slot holds the position of the key's entry in place of those bits, which the home tells,
-// and of one bit more, beside the rest of the key; so a key is found without a look at its entry.
-// Slots lie in segments of 16 KiB, which are made when the first key comes into them; so growing is
-// not much work at once, and where no keys are there is no memory.
-// Errors: makeRoom() and grow() throw when there is no memory and have changed nothing then; nothing
-// else fails.
+// and of one bit more, beside the rest of the key, which lies one bit to the left for that; so a
+// key is found without a look at its entry. Bit 31 marks a slot that is used.
+// Slots lie in segments of 16 KiB, which are made when the first key comes into them: where no keys
+// are there is no memory, and growing asks for little and moves no key that stays in its segment.
+// Errors: makeRoom() and grow() throw when there is no memory and have changed nothing then;
+// nothing else fails.
 
 #include <algorithm>
 #include <concepts>
@@ -20,7 +21,7 @@
 
 namespace Vex {
 
-/// Bits 30 and 31, and the highest one, of all keys are 0.
+/// Of keys as isStoredKey() wants them (platform/Vex/StoredKey.h).
 template < std::unsigned_integral Number >
 class HomeSlots {
  public:

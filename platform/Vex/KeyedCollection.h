@@ -8,13 +8,18 @@
 // began and still are when it gets to them, in order. Any mutation during a pass is safe, nested
 // passes included; elements are handed out by value. Whoever runs a pass keeps the collection alive
 // until the pass ends (asserted): hold a reference to the entity that it belongs to.
+// A place in the order is not used again while a pass is under way: what comes and goes meanwhile
+// takes memory until it ends.
 // Ownership: a collection owns its values. A value that is taken out or overwritten is released
-// after the collection is in order again, so that its destructor may come back here.
-// Errors: out of memory throws and leaves the collection as it was; nothing else fails.
+// after the collection is in order again, so that its destructor may come back here; so may those
+// of the values that go with the collection, one after the other.
+// Errors: out of memory throws and leaves the collection as it was; more than 2^30 places are an
+// assertion; nothing else fails.
 // Layout: entries lie in the order of insertion (platform/Vex/EntryStore.h), with their keys in few
 // bytes (platform/Vex/StoredKey.h); removed ones leave a hole, and the holes are closed when there
-// are many and no pass is under way. Beyond 32 entries an index finds a key
-// (platform/Vex/PositionIndex.h); below that they are compared all at once (platform/Vex/KeyScan.h).
+// are many and no pass is under way. Up to 32 entries, holes among them, are compared all at once
+// (platform/Vex/KeyScan.h). From then on an index finds a key (platform/Vex/PositionIndex.h); it
+// stays, so that a collection that empties and fills again finds it there.
 
 #include "platform/Vex/Assert.h"
 #include "platform/Vex/CollectionPass.h"
@@ -50,13 +55,18 @@ class KeyMap {
    KeyMap & operator=( const KeyMap & ) = delete;
    KeyMap( KeyMap && ) = delete;
    KeyMap & operator=( KeyMap && ) = delete;
-   ~KeyMap() { VEX_ASSERT( passes_ == 0 ); }
+   ~KeyMap() {
+      VEX_ASSERT( passes_ == 0 );
+      if constexpr ( !std::is_trivially_destructible_v< Value > ) {
+         releaseAll();
+      }
+   }
 
    std::size_t size() const noexcept { return liveCount_; }
    bool empty() const noexcept { return liveCount_ == 0; }
    bool has( const Key & key ) const noexcept { return place( key.packed() ) != none; }
 
-   /// The value under `key`, or null; valid until the next mutation.
+   /// The value under `key`, or null; valid until the next mutation, or the end of a pass.
    const Value * find( const Key & key ) const noexcept {
       const std::uint32_t found = place( key.packed() );
       return found != none ? &entries_.value( found ) : nullptr;
@@ -69,9 +79,10 @@ class KeyMap {
 
    /// Inserts or overwrites; false when `key` holds an equal value already.
    bool put( const Key & key, Value value ) {
-      const std::uint32_t found = place( key.packed() );
+      const Stored stored = key.packed();
+      const std::uint32_t found = place( stored );
       if ( found == none ) {
-         append( key.packed(), std::move( value ) );
+         append( stored, std::move( value ) );
          return true;
       }
       Value & present = entries_.value( found );
@@ -91,16 +102,12 @@ class KeyMap {
 
    /// Removes `key` and returns its value; nothing when it is absent.
    std::optional< Value > take( const Key & key ) {
-      const std::uint32_t found = place( key.packed() );
+      const Stored stored = key.packed(); // first: the key may be part of the value
+      const std::uint32_t found = place( stored );
       if ( found == none ) {
          return std::nullopt;
       }
-      std::optional< Value > taken( std::exchange( entries_.value( found ), Value() ) );
-      entries_.makeHole( found );
-      if ( !index_.empty() ) {
-         index_.remove( key.packed(), found );
-      }
-      --liveCount_;
+      std::optional< Value > taken( remove( stored, found ) );
       closeHoles();
       return taken;
    }
@@ -125,6 +132,7 @@ class KeyMap {
    }
    /// One pass over the keys that `wanted` accepts, which sees keys and changes nothing.
    template < class Wanted >
+      requires std::is_nothrow_copy_constructible_v< Wanted >
    auto keysWhere( Wanted wanted ) const noexcept {
       const auto accepts = [ wanted ]( Stored key ) { return wanted( Key::unpacked( key ) ); };
       return CollectionPass< KeyMap, ToKey, decltype( accepts ) >( *this, accepts );
@@ -152,8 +160,28 @@ class KeyMap {
       return [ this ]( std::uint32_t position ) { return entries_.key( position ); };
    }
 
+   Value remove( Stored key, std::uint32_t position ) noexcept {
+      entries_.makeHole( position );
+      if ( !index_.empty() ) {
+         index_.remove( key, position );
+      }
+      --liveCount_;
+      return std::exchange( entries_.value( position ), Value() );
+   }
+
+   // The values go in order, each after its entry, and whatever their destructors do here.
+   void releaseAll() noexcept {
+      ++passes_; // so that nothing moves
+      for ( std::uint32_t at = 0; at < entries_.used(); ++at ) {
+         if ( entries_.live( at ) ) {
+            static_cast< void >( remove( entries_.key( at ), at ) );
+         }
+      }
+   }
+
    // All that can throw comes before the first change that shows.
    void append( Stored key, Value && value ) {
+      VEX_ASSERT( isStoredKey( key ) );
       if ( index_.empty() ) {
          if ( entries_.used() >= scanLimit ) {
             endScanning();

@@ -2,10 +2,11 @@
 
 // The index of a keyed collection: from a key to the position of its entry.
 //
-// Layout: handles are small consecutive numbers, so as a rule every key is at home, in the slot that
-// its low bits choose (platform/Vex/HomeSlots.h); ports that follow each other share a cache line,
-// and no key has to be mixed. Keys whose home is taken are kept apart (platform/Vex/AwayKeys.h),
-// and when they become too many there are twice as many homes.
+// Layout: handles are small consecutive numbers, so as a rule every key is at home, in the slot
+// that its low bits choose (platform/Vex/HomeSlots.h); ports that follow each other share a cache
+// line, and no key has to be mixed. Keys whose home is taken are kept apart
+// (platform/Vex/AwayKeys.h), and when they become too many there are twice as many homes, which is
+// when they come home.
 // Errors: makeRoom() throws when there is no memory and has lost nothing then; nothing else fails.
 
 #include "platform/Vex/AwayKeys.h"
@@ -101,10 +102,10 @@ class PositionIndex {
       away_->makeRoom( keyAt );
    }
 
-   // One more key away would be too many: then every fourth slot would have one, or every
-   // sixty-fourth while there are fewer slots than twice the entries.
-   bool crowded( Number key, std::uint32_t entries ) const noexcept {
-      const std::uint32_t share = homes_.slots() / 2 < entries ? 64 : 4;
+   // One more key away would be too many: then there would be one for every fourth slot, or for
+   // every sixty-fourth while there are fewer slots than twice the positions.
+   bool crowded( Number key, std::uint32_t position ) const noexcept {
+      const std::uint32_t share = homes_.slots() / 2 < position ? 64 : 4;
       return away_ && away_->size() >= homes_.slots() / share &&
              !homes_.isFree( homes_.slot( key ) );
    }

@@ -85,7 +85,10 @@ TEST( EntryChunksTest, AChunkTakesSixteenKibibytesAtMost ) {
 TEST( EntryChunksTest, GivesBackWhatIsFarTooMuchAndGrowsAgain ) {
    Chunks chunks;
    fill( chunks, 0, 10 * Chunks::chunkLength );
+   chunks.giveBack( 4 * Chunks::chunkLength ); // as many again, and two chunks, are kept
+   EXPECT_EQ( chunks.capacity(), 10 * Chunks::chunkLength );
    chunks.giveBack( 100 );
+   EXPECT_EQ( chunks.capacity(), 2 * Chunks::chunkLength );
    expectFilled( chunks, 100 );
    fill( chunks, 100, 20 * Chunks::chunkLength );
    expectFilled( chunks, 20 * Chunks::chunkLength );

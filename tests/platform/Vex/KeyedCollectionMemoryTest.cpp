@@ -137,6 +137,65 @@ TEST( KeyMapMemoryTest, KeysOfALargeOneComeAndGoWithoutMemory ) {
    EXPECT_EQ( map.size(), size );
 }
 
+TEST( KeyMapMemoryTest, KeysThatWantTheSameHomeComeAndGoWithoutMemory ) {
+   constexpr int size = 1'000;
+   Vex::KeyMap< TestKey< Numbers::oneHome >, int > map;
+   const auto allComeAndGo = [ & ] {
+      for ( int key = 0; key < size; ++key ) {
+         map.erase( { key } );
+         map.put( { key }, key );
+      }
+   };
+   for ( int round = 0; round < 4; ++round ) {
+      allComeAndGo();
+   }
+   const std::uint64_t before = Memory::requests();
+   for ( int round = 0; round < 20; ++round ) {
+      allComeAndGo();
+   }
+   // Those away are put together anew now and then, which takes as much memory as they had.
+   EXPECT_LE( Memory::requests() - before, 60 );
+   EXPECT_EQ( map.size(), size );
+}
+
+TEST( KeyMapMemoryTest, AKeyThatComesAndGoesAmongFewNeedsNoMemory ) {
+   Map map;
+   for ( int key = 0; key < 20; ++key ) {
+      map.put( { key }, key );
+   }
+   const std::uint64_t before = Memory::requests();
+   for ( int round = 0; round < 5'000; ++round ) {
+      map.erase( { 10 } );
+      map.put( { 10 }, round );
+   }
+   EXPECT_EQ( Memory::requests() - before, 0 );
+   EXPECT_EQ( map.get( { 10 } ), 4'999 );
+}
+
+// As many keys as slots, so that the positions are used up before there are as many holes as keys.
+TEST( KeyMapMemoryTest, KeysThatUseUpThePositionsOfTheirSlotsNeedNoMemory ) {
+   Vex::KeyMap< NumberKey, int > map;
+   for ( std::uint64_t key = 0; key < 16; ++key ) {
+      map.put( { key }, 0 );
+      map.put( { std::uint64_t{ 1 } << 32U | key }, 0 );
+   }
+   for ( std::uint64_t key = 16; key < 64; ++key ) {
+      map.put( { key }, 0 );
+   }
+   const auto comeAndGo = [ & ]( int rounds ) {
+      for ( int round = 0; round < rounds; ++round ) {
+         const std::uint64_t key = 16 + static_cast< std::uint64_t >( round ) % 48;
+         map.erase( { key } );
+         map.put( { key }, round );
+      }
+   };
+   comeAndGo( 200 );
+   const std::uint64_t before = Memory::requests();
+   comeAndGo( 5'000 );
+   EXPECT_EQ( Memory::requests() - before, 0 );
+   EXPECT_EQ( map.size(), 80 );
+}
+
 TEST( KeyMapMemoryTest, WhatIsFarTooMuchIsGivenBack ) {
    Map map;
    for ( int key = 0; key < 100'000; ++key ) {

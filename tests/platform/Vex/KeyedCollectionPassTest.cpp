@@ -69,4 +69,33 @@ TEST( KeyMapPassTest, APassOverSomeKeysMayFindNone ) {
    EXPECT_EQ( visited, 0 );
 }
 
+// No place is used twice during a pass, so positions go far beyond the slots of an index.
+TEST( KeyMapPassTest, APassMayLastForManyChanges ) {
+   Vex::KeyMap< TestKey< Numbers::fewHomes >, int > map;
+   for ( int key = 0; key < 100; ++key ) {
+      map.put( { key }, key );
+   }
+   int visited = 0;
+   for ( const auto key : map.keys() ) {
+      EXPECT_EQ( key.number, visited );
+      ++visited;
+      for ( int round = 0; round < 30'000; ++round ) {
+         const int other = visited + round % ( 100 - visited + 1 ) - 1;
+         const int value = map.get( { other } );
+         ASSERT_TRUE( map.erase( { other } ) );
+         ASSERT_FALSE( map.has( { other } ) );
+         ASSERT_TRUE( map.put( { 100 + other }, value ) );
+         ASSERT_TRUE( map.erase( { 100 + other } ) );
+         ASSERT_TRUE( map.put( { other }, value ) );
+      }
+      break; // what was deleted and inserted again is not visited
+   }
+   EXPECT_EQ( visited, 1 );
+   for ( int key = 0; key < 100; ++key ) {
+      EXPECT_EQ( map.get( { key } ), key );
+      EXPECT_FALSE( map.has( { 100 + key } ) );
+   }
+   EXPECT_EQ( map.size(), 100 );
+}
+
 } // namespace

@@ -172,12 +172,17 @@ TEST( KeyMapRandomTest, AgreesWithAListOfPairsOfManyKeys ) {
    play< Numbers::dense >( 3, 300, 30'000 );
 }
 
+TEST( KeyMapRandomTest, AgreesWithAListOfPairsOfThousandsOfKeys ) {
+   play< Numbers::dense >( 8, 6'000, 60'000 );
+   play< Numbers::oneHome >( 9, 3'000, 40'000 );
+}
+
 TEST( KeyMapRandomTest, AgreesWithAListOfPairsOfCollidingKeys ) {
    play< Numbers::fewHomes >( 4, 60, 20'000 );
    play< Numbers::oneHome >( 5, 60, 10'000 );
 }
 
-TEST( KeyMapRandomTest, AgreesWithAListOfPairsOfKeysThatAreKeptAsNumbers ) {
+TEST( KeyMapRandomTest, AgreesWithAListOfPairsOfKeysFarApart ) {
    play< Numbers::strided >( 6, 24, 20'000 );
    play< Numbers::strided >( 7, 300, 30'000 );
 }

@@ -4,6 +4,7 @@
 #include "tests/platform/Vex/TestKey.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <gtest/gtest.h>
 
 namespace {
@@ -68,6 +69,31 @@ TEST( KeyMapSizeTest, KeysFarApartAreToldApart ) {
 TEST( KeyMapSizeTest, AHundredThousandEntriesAreFound ) {
    growAndShrink< Key >( 100'000 );
    growAndShrink< TestKey< Numbers::oneHome > >( 100'000 );
+}
+
+TEST( KeyMapSizeTest, TheLowestAndTheHighestKeysAreLikeOthers ) {
+   Vex::KeySet< NumberKey > set;
+   const NumberKey lowest{};
+   const NumberKey highest{ 0x7FFFFFFF'3FFFFFFF };
+   for ( std::uint64_t key = 1; key < 5'000; ++key ) {
+      ASSERT_TRUE( set.insert( { key << 32U | key % 3'000 } ) );
+      if ( key % 3 == 0 ) {
+         ASSERT_TRUE( set.erase( { key << 32U | key % 3'000 } ) );
+      }
+      ASSERT_TRUE( set.insert( lowest ) );
+      ASSERT_TRUE( set.insert( highest ) );
+      ASSERT_FALSE( set.has( { 0x3FFFFFFF } ) );
+      ASSERT_TRUE( set.erase( highest ) );
+      ASSERT_TRUE( set.erase( lowest ) );
+   }
+   std::uint64_t wanted = 0;
+   for ( const NumberKey key : set.keys() ) {
+      do {
+         ++wanted;
+      } while ( wanted % 3 == 0 );
+      ASSERT_EQ( key.number, wanted << 32U | wanted % 3'000 );
+   }
+   EXPECT_EQ( set.size(), 3'333 );
 }
 
 TEST( KeyMapSizeTest, HolesAreClosedWhenThereAreMany ) {

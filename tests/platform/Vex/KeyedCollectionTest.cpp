@@ -3,6 +3,8 @@
 #include "platform/Vex/Ptr.h"
 #include "tests/platform/Vex/TestKey.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <gmock/gmock.h>
@@ -159,6 +161,19 @@ TEST_F( KeyMapTest, WhatWasFoundIsFoundWhereItHasMovedTo ) {
    }
 }
 
+TEST_F( KeyMapTest, AKeyMayBePartOfTheValueThatItTakes ) {
+   for ( const int size : { 20, 100 } ) { // scanned, and with an index
+      Vex::KeyMap< Key, Key > keys;
+      for ( int key = 0; key < size; ++key ) {
+         keys.put( { key }, { key } );
+      }
+      EXPECT_TRUE( keys.erase( *keys.find( { 5 } ) ) );
+      for ( int key = -1; key < size; ++key ) {
+         EXPECT_EQ( keys.has( { key } ), key >= 0 && key != 5 ) << key;
+      }
+   }
+}
+
 TEST_F( KeyMapTest, APointerToAValueSeesItOverwritten ) {
    fill( 1 );
    const std::string * const value = map.find( { 1 } );
@@ -310,6 +325,14 @@ TEST_F( KeyMapTest, APassThatIsLeftEarlyLetsTheCollectionCloseItsHolesAgain ) {
    EXPECT_EQ( map.find( { 1000 } ) - map.find( { 990 } ), 10 );
 }
 
+TEST( KeyMapDeathTest, AKeyThatUsesABitOfTheIndexIsAnAssertion ) {
+   Vex::KeySet< NumberKey > set;
+   for ( const int bit : { 30, 31, 63 } ) {
+      EXPECT_DEATH( set.insert( { std::uint64_t{ 1 } << bit } ), "isStoredKey" );
+   }
+   EXPECT_TRUE( set.insert( { 0x7FFFFFFF'3FFFFFFF } ) );
+}
+
 TEST( KeyMapDeathTest, ACollectionThatIsDestroyedDuringAPassIsAnAssertion ) {
    EXPECT_DEATH(
       {
@@ -400,6 +423,48 @@ TEST_F( ComingBackTest, AnOverwrittenValueMayFillTheCollection ) {
    EXPECT_TRUE( map.put( { 1 }, nullptr ) );
    EXPECT_EQ( map.size(), 100 );
    EXPECT_EQ( map.get( { 1 } ), nullptr );
+}
+
+// A value that does something when it goes.
+using Last = std::shared_ptr< void >;
+
+Last last( std::function< void() > act ) {
+   return { nullptr, [ act = std::move( act ) ]( void * /* none */ ) { act(); } };
+}
+
+TEST( KeyMapReleaseTest, AValueThatGoesWithTheCollectionFindsItselfGone ) {
+   int found = 0;
+   {
+      Vex::KeyMap< Key, Last > map;
+      for ( int key = 0; key < 100; ++key ) {
+         map.put( { key }, last( [ &map, &found, key ] {
+                     found += map.has( { key } ) ? 1 : 0;
+                     EXPECT_EQ( map.size(), static_cast< std::size_t >( 99 - key ) );
+                  } ) );
+      }
+   }
+   EXPECT_EQ( found, 0 );
+}
+
+TEST( KeyMapReleaseTest, AValueThatGoesWithTheCollectionMayChangeIt ) {
+   int gone = 0;
+   {
+      Vex::KeyMap< Key, Last > map;
+      const auto count = [ &gone ] { ++gone; };
+      for ( int key = 0; key < 200; ++key ) {
+         map.put( { key }, last( [ &map, &count, key ] {
+                     count();
+                     map.erase( { ( key + 7 ) % 200 } );
+                     if ( key == 150 ) {
+                        for ( int other = 0; other < 190; ++other ) {
+                           map.erase( { other } );
+                        }
+                        map.put( { 1'000 }, last( count ) );
+                     }
+                  } ) );
+      }
+   }
+   EXPECT_EQ( gone, 201 );
 }
 
 TEST( KeyMapReleaseTest, ValuesGoWithTheCollectionInTheOrderOfInsertion ) {

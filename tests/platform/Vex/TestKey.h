@@ -23,7 +23,7 @@ struct TestKey {
       case Numbers::strided:
          return value << 4U;
       case Numbers::fewHomes:
-      case Numbers::oneHome:
+      case Numbers::oneHome: // is another one, below
          break;
       }
       return value % 3 | value / 3 << 20U;
@@ -61,4 +61,14 @@ struct TestKey< Numbers::oneHome > {
    }
 
    friend bool operator==( TestKey, TestKey ) = default;
+};
+
+/// A key that is a number.
+struct NumberKey {
+   std::uint64_t number = 0;
+
+   std::uint64_t packed() const noexcept { return number; }
+   static NumberKey unpacked( std::uint64_t packed ) noexcept { return { packed }; }
+
+   friend bool operator==( NumberKey, NumberKey ) = default;
 };
