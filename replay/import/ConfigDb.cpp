@@ -186,17 +186,21 @@ class Tables {
       if ( way != "ingress" && way != "egress" && way != "both" ) {
          fail( direction->at, "direction " + inQuotes( way ), "ingress, egress or both" );
       }
+      const auto map = [ & ]( Mappings & mappings, std::uint32_t from, std::uint32_t to,
+                              const char * where ) {
+         if ( !mappings.emplace( from, to ).second ) {
+            fail( entry.at,
+                  "VLAN " + std::to_string( from ) + " of " + inQuotes( parts.first ) +
+                     " is translated on " + where + " already",
+                  "each VLAN once" );
+         }
+      };
       Translation & of = config_.translations[ intf( parts.first, entry.at ) ];
       if ( way != "egress" ) {
-         of.ingress.emplace( outside, inside );
+         map( of.ingress, outside, inside, "ingress" );
       }
-      // What leaves is translated back.
-      const bool isFree = way == "ingress" || of.egress.emplace( inside, outside ).second;
-      if ( !isFree ) {
-         fail( entry.at,
-               "VLAN " + std::to_string( inside ) + " of " + inQuotes( parts.first ) +
-                  " is translated on egress already",
-               "each VLAN once" );
+      if ( way != "ingress" ) { // what leaves is translated back
+         map( of.egress, inside, outside, "egress" );
       }
    }
 

@@ -56,7 +56,7 @@ TEST( ConfigDb, CountsWhatItPassesOverWhateverThatIs ) {
 }
 
 TEST( ConfigDb, TellsWhereItIsWrongAndWhatWasWanted ) {
-   const std::array< std::array< const char *, 2 >, 24 > all{ {
+   const std::array< std::array< const char *, 2 >, 25 > all{ {
       { "[]", "1:1: the file is a list; wanted: an object" },
       { R"({"PORTCHANNEL":[]})", "1:16: PORTCHANNEL is a list; wanted: an object" },
       { R"({"PORTCHANNEL":{"P":"up"}})", "1:21: 'P' is a text; wanted: an object" },
@@ -102,6 +102,9 @@ TEST( ConfigDb, TellsWhereItIsWrongAndWhatWasWanted ) {
         "1:58: direction 'up'; wanted: ingress, egress or both" },
       { R"({"VLAN_TRANSLATION":{"P|10":{"new_vlan":"9"},"P|20":{"new_vlan":"9"}}})",
         "1:46: VLAN 9 of 'P' is translated on egress already; wanted: each VLAN once" },
+      // A VLAN can be written in more than one way.
+      { R"({"VLAN_TRANSLATION":{"P|10":{"new_vlan":"20"},"P|010":{"new_vlan":"30"}}})",
+        "1:47: VLAN 10 of 'P' is translated on ingress already; wanted: each VLAN once" },
    } };
    for ( const auto & [ text, message ] : all ) {
       EXPECT_EQ( errorOf( text ), message ) << text;
