@@ -21,6 +21,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -61,6 +62,29 @@ std::unique_ptr< Jotter::TraceFile > makeTraceFile( const std::optional< std::st
    constexpr std::size_t bytes =
       descriptors + Jotter::TraceFile::defaultCells * sizeof( Jotter::Layout::Cell );
    return path ? std::make_unique< Jotter::TraceFile >( *path, bytes ) : nullptr;
+}
+
+// What is read, and the trace of the run, are not drawn over. Devices may be both.
+bool isSameFile( const std::string & one, const std::string & other ) {
+   std::error_code error;
+   return std::filesystem::is_regular_file( one, error ) &&
+          std::filesystem::equivalent( one, other, error );
+}
+
+// After the trace file, which is known by its name alone until it is there.
+std::unique_ptr< Timeline::TimelineFile > makeTimelineFile( const std::string & scenario,
+                                                            const Options & options ) {
+   if ( !options.timeline ) {
+      return nullptr;
+   }
+   const std::string & path = *options.timeline;
+   if ( isSameFile( path, scenario == standardInput ? "/dev/stdin" : scenario ) ) {
+      throw Timeline::TimelineFileError( path + ": is the scenario; wanted: another file" );
+   }
+   if ( options.traceFile && isSameFile( path, *options.traceFile ) ) {
+      throw Timeline::TimelineFileError( path + ": is the trace file; wanted: another file" );
+   }
+   return std::make_unique< Timeline::TimelineFile >( path );
 }
 
 std::unique_ptr< Output > makeSummary( const Options & options,
@@ -127,8 +151,7 @@ std::size_t playOne( const std::string & file,
    const auto traceFile = makeTraceFile( options.traceFile );
    RunOptions runOptions = options.run;
    runOptions.traceFile = traceFile.get();
-   const auto timeline =
-      options.timeline ? std::make_unique< Timeline::TimelineFile >( *options.timeline ) : nullptr;
+   const auto timeline = makeTimelineFile( file, options );
    Timeline::Recorder recorder( scenario, runOptions.traceLevels, output );
    Output & shown = timeline ? recorder : output;
    const auto summary = makeSummary( options, scenario, shown );
@@ -146,7 +169,9 @@ std::size_t playOne( const std::string & file,
 void printError( const std::string & file, const ScenarioError & error ) {
    std::string line;
    appendPrintable( line, shownName( file ) );
-   line += ':' + std::to_string( error.line() ) + ": " + error.what() + '\n';
+   line += error.line() != 0 ? ":" + std::to_string( error.line() ) + ": " : ": ";
+   line += error.what();
+   line += '\n';
    static_cast< void >( std::fputs( line.c_str(), stderr ) );
 }
 

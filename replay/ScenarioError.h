@@ -13,7 +13,7 @@ class StatementError : public std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
-/// The same with its line, from 1.
+/// The same with its line, from 1; 0: of the file as a whole.
 class ScenarioError : public std::runtime_error {
  public:
    ScenarioError( std::size_t line, const std::string & what )

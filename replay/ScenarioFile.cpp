@@ -22,29 +22,29 @@ struct Close {
    }
 };
 
-[[noreturn]] void throwUnreadable( int error ) {
-   throw ScenarioError( 1, "cannot be read: " + std::generic_category().message( error ) +
-                              "; wanted: a scenario file, or - for standard input" );
+[[noreturn]] void throwUnreadable( int error, std::string_view wanted ) {
+   throw ScenarioError( 0, "cannot be read: " + std::generic_category().message( error ) +
+                              "; wanted: " + std::string( wanted ) + ", or - for standard input" );
 }
 
 } // namespace
 
-std::string readScenarioFile( const std::string & name ) {
+std::string readScenarioFile( const std::string & name, std::string_view wanted ) {
    const std::unique_ptr< std::FILE, Close > file(
       name == standardInput ? stdin : std::fopen( name.c_str(), "re" ) );
    if ( !file ) {
-      throwUnreadable( errno );
+      throwUnreadable( errno, wanted );
    }
    std::string text;
    std::array< char, std::size_t{ 64 } * 1024 > piece{};
    while ( const std::size_t size = std::fread( piece.data(), 1, piece.size(), file.get() ) ) {
       text.append( piece.data(), size );
       if ( text.size() > largest ) {
-         throwUnreadable( EFBIG );
+         throwUnreadable( EFBIG, wanted );
       }
    }
    if ( std::ferror( file.get() ) != 0 ) {
-      throwUnreadable( errno );
+      throwUnreadable( errno, wanted );
    }
    return text;
 }

@@ -87,7 +87,7 @@ bool convert( const std::vector< std::string > & files,
       names.push_back( shownName( file ) );
       std::string text;
       try {
-         text = Replay::readScenarioFile( file );
+         text = Replay::readScenarioFile( file, "the config_db.json of a switch" );
          configs.push_back( parseConfigDb( text ) );
       } catch ( const Replay::ScenarioError & error ) {
          say( errors, names.back() + ": " + error.what() );

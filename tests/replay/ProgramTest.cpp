@@ -113,7 +113,8 @@ TEST_F( ProgramTest, RunsNoLaterScenarioAfterAnError ) {
       EXPECT_EQ( outcome.status, 2 );
       EXPECT_THAT( outcome.out, StartsWith( once ) );
       EXPECT_EQ( outcome.out.find( "\"end\"", once.size() ), std::string::npos ) << wrong;
-      EXPECT_THAT( outcome.err, StartsWith( wrong + ":1: " ) );
+      const std::string where = wrong == "none.scenario" ? "" : ":1";
+      EXPECT_THAT( outcome.err, StartsWith( wrong + where + ": " ) );
    }
 }
 
@@ -196,14 +197,22 @@ TEST_F( ProgramTest, RefusesADirectory ) {
    EXPECT_EQ( outcome.status, 2 );
    EXPECT_EQ(
       outcome.err,
-      "d:1: cannot be read: Is a directory; wanted: a scenario file, or - for standard input\n" );
+      "d: cannot be read: Is a directory; wanted: a scenario file, or - for standard input\n" );
 }
 
 TEST_F( ProgramTest, RefusesAFileThatIsNotThere ) {
    const Outcome outcome = run( "none" );
    EXPECT_EQ( outcome.status, 2 );
-   EXPECT_THAT( outcome.err,
-                HasSubstr( ":1: cannot be read: No such file or directory; wanted: " ) );
+   EXPECT_EQ( outcome.err, "none: cannot be read: No such file or directory; wanted: a scenario "
+                           "file, or - for standard input\n" );
+}
+
+TEST_F( ProgramTest, AnImportOfAFileThatIsNotThereSaysWhichFileIsWanted ) {
+   const Outcome outcome = run( "import none" );
+   EXPECT_EQ( outcome.status, 2 );
+   EXPECT_EQ( outcome.out, "" );
+   EXPECT_EQ( outcome.err, "none: cannot be read: No such file or directory; wanted: the "
+                           "config_db.json of a switch, or - for standard input\n" );
 }
 
 TEST_F( ProgramTest, RefusesAFileThatItMayNotRead ) {
@@ -214,7 +223,7 @@ TEST_F( ProgramTest, RefusesAFileThatItMayNotRead ) {
    std::filesystem::permissions( folder_ / "a.scenario", std::filesystem::perms::none );
    const Outcome outcome = run( "a.scenario" );
    EXPECT_EQ( outcome.status, 2 );
-   EXPECT_THAT( outcome.err, StartsWith( "a.scenario:1: cannot be read: Permission denied" ) );
+   EXPECT_THAT( outcome.err, StartsWith( "a.scenario: cannot be read: Permission denied" ) );
 }
 
 TEST_F( ProgramTest, AWrongCommandLineIsOneLineAndExitStatusTwo ) {
@@ -272,6 +281,33 @@ TEST_F( ProgramTest, RefusesATraceFileThatCannotBeMadeAndRunsNothing ) {
    EXPECT_THAT( outcome.err, StartsWith( "interlock-replay: --trace-file: a.scenario: " ) );
    EXPECT_THAT( outcome.err, HasSubstr( "is no trace file\n" ) );
    EXPECT_EQ( read( "a.scenario" ), "mlag state 3\n" );
+}
+
+TEST_F( ProgramTest, APictureIsNotDrawnOverTheScenarioOrTheTrace ) {
+   const std::string text = "mlag state 3\n";
+   write( "a.scenario", text );
+   std::filesystem::create_symlink( "a.scenario", folder_ / "link" );
+   for ( const char * arguments :
+         { "--timeline a.scenario a.scenario", "--timeline ./a.scenario a.scenario",
+           "--timeline link a.scenario", "--timeline a.scenario - <a.scenario" } ) {
+      const Outcome outcome = run( arguments );
+      EXPECT_EQ( outcome.status, 2 ) << arguments;
+      EXPECT_EQ( outcome.out, "" );
+      EXPECT_THAT( outcome.err, StartsWith( "interlock-replay: --timeline: " ) );
+      EXPECT_THAT( outcome.err, EndsWith( ": is the scenario; wanted: another file\n" ) );
+      EXPECT_EQ( read( "a.scenario" ), text ) << arguments;
+   }
+   const Outcome outcome = run( "--trace-file both --timeline both a.scenario" );
+   EXPECT_EQ( outcome.status, 2 );
+   EXPECT_EQ( outcome.err,
+              "interlock-replay: --timeline: both: is the trace file; wanted: another file\n" );
+}
+
+TEST_F( ProgramTest, APictureIsDrawnOverAnother ) {
+   write( "a.scenario", "mlag state 3\n" );
+   write( "b.svg", "what was there before" );
+   EXPECT_EQ( run( "--timeline b.svg a.scenario" ).status, 0 );
+   EXPECT_THAT( read( "b.svg" ), StartsWith( "<" ) );
 }
 
 TEST_F( ProgramTest, QuietlyShowsOnlyWhatFailedAndEndsAsEver ) {
