@@ -72,7 +72,10 @@ class Examination final : public Witness {
       const Replay::Pair pair{ Nodo::IntfId( question_.pair.member ),
                                Nodo::IntfId( question_.pair.lag ) };
       Asked asked{
-         question_.pair, Source::run, question_.at && !last ? *question_.at : moment, {} };
+         question_.pair, Source::run, question_.at && !last ? *question_.at : moment, {}, {} };
+      if ( last && question_.at && *question_.at > moment ) {
+         asked.beyond = question_.at;
+      }
       for ( Told & told : switches() ) {
          asked.switchName = told.name;
          told.story.memberIs( question_.pair, told.device->isMember( pair ) );

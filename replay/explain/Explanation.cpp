@@ -33,7 +33,7 @@ std::string_view changeOf( Check check ) noexcept {
       return "the MLAG status of {1} changes";
    case Check::peersAnswer:
    case Check::request:
-      return "the peer's answer for {1} comes, changes or goes";
+      return {}; // it depends on how far the exchange has come
    case Check::mlagActive:
    case Check::peerLink:
    case Check::aclNeeded:
@@ -68,14 +68,65 @@ std::span< const Check > heardBy( Decider decider ) noexcept {
    return {};
 }
 
-std::vector< std::string > changesFor( const Asked & asked,
+// Where the records of the exchange are lost, the verdict tells how far it has come.
+Link linkOf( const Exchange * exchange, const std::optional< Decision > & decision ) noexcept {
+   if ( exchange != nullptr || !decision ) {
+      return exchange != nullptr ? exchange->link : Link::none;
+   }
+   switch ( decision->reason ) {
+   case Reason::awaitingPeer:
+      return Link::asking;
+   case Reason::noLocalAcl:
+   case Reason::peerAnswered:
+      return Link::answered;
+   case Reason::failOpen:
+      return Link::failed;
+   case Reason::lagDown:
+      return Link::down;
+   case Reason::notMember:
+   case Reason::noTranslation:
+   case Reason::notMlag:
+   case Reason::aclNotNeeded:
+   case Reason::aclInPlace:
+   case Reason::translationNotNeeded:
+   case Reason::translationInPlace:
+      break;
+   }
+   return Link::none;
+}
+
+// Of an answer that does not fit an interlock takes notice only where one that fits was there.
+// Empty: of none.
+std::string changeOfAnswer( const Exchange * exchange, Link link ) {
+   switch ( link ) {
+   case Link::none:
+   case Link::down:
+      break;
+   case Link::asking:
+   case Link::failed:
+      return exchange == nullptr || exchange->token.empty()
+                ? "an answer of the peer that fits the request comes"
+                : "an answer of the peer that fits request " + exchange->token + " comes";
+   case Link::answered:
+      return "the peer's answer for {1} goes, or does not fit any more";
+   }
+   return {};
+}
+
+// What `first` is about comes first.
+std::vector< std::string > changesFor( const Story & story,
+                                       const Asked & asked,
+                                       const std::optional< Decision > & decision,
                                        Decider decider,
                                        std::optional< Check > first ) {
    const std::array names{ asked.pair.member, asked.pair.lag };
+   const Exchange * const exchange = story.exchange( asked.pair.lag );
+   const std::string ofAnswer = changeOfAnswer( exchange, linkOf( exchange, decision ) );
    std::vector< std::string > changes;
    const auto add = [ & ]( Check check ) {
-      std::string change = filled( changeOf( check ), names );
-      if ( std::ranges::find( changes, change ) == changes.end() ) {
+      const bool isAnswer = check == Check::peersAnswer || check == Check::request;
+      std::string change = filled( isAnswer ? ofAnswer : changeOf( check ), names );
+      if ( !change.empty() && std::ranges::find( changes, change ) == changes.end() ) {
          changes.push_back( std::move( change ) );
       }
    };
@@ -201,11 +252,14 @@ void tellOfDecision( AtGate & at,
    const auto first =
       unneeded ? unneededBecause( at.looked ) : std::optional( checkOf( decision.reason ) );
    markDecisive( at.looked, decision );
-   at.again = changesFor( asked, decision.decider, first );
+   at.outdatedSince = standing.outdatedSince;
+   at.again = changesFor( story, asked, decision, decision.decider, first );
    const Exchange * const exchange = story.exchange( asked.pair.lag );
    if ( exchange != nullptr && decision.decider == Decider::peer ) {
       at.exchange = exchangeText( *exchange );
-      at.deadline = exchange->deadline;
+      const Vex::Seconds moment = asked.beyond.value_or( asked.at );
+      at.deadline =
+         exchange->deadline && *exchange->deadline < moment ? std::nullopt : exchange->deadline;
    }
    const std::size_t spans = standing.spans.size() - 1; // but the current one
    const std::size_t shown = std::min( spans, mostBefore );
@@ -223,7 +277,7 @@ std::optional< AtGate > lookAt( Gate gate, const Story & story, const Asked & as
    } else if ( standing == nullptr && !( story.runs( gate ) && story.isMember( asked.pair ) ) ) {
       return std::nullopt;
    } else if ( story.runs( gate ) ) {
-      at.again = changesFor( asked, story.decider( gate ), std::nullopt );
+      at.again = changesFor( story, asked, std::nullopt, story.decider( gate ), std::nullopt );
    }
    // The output itself, where it is known, has the last word.
    if ( standing != nullptr && standing->inOutput && *standing->inOutput != at.admitted ) {
@@ -240,6 +294,19 @@ std::optional< AtGate > lookAt( Gate gate, const Story & story, const Asked & as
 
 // ---- What else there is to say ------------------------------------------------------------------
 
+// Empty: its output stands as it has decided.
+std::string otherHand( const AtGate & at ) {
+   const std::string gate( nameOf( at.gate ) );
+   if ( !at.decision && at.since ) {
+      return gate + " has not decided over it: somebody else wrote its output.";
+   }
+   if ( at.since && at.decision->admitted() != at.admitted ) {
+      return gate + " has decided otherwise: somebody else wrote its output at " +
+             moment( *at.since ) + ".";
+   }
+   return {};
+}
+
 void remarkOn( const AtGate & at,
                const Story & story,
                const Asked & asked,
@@ -249,15 +316,14 @@ void remarkOn( const AtGate & at,
       remarks.push_back( gate + " was stopped at " + moment( *stopped ) +
                          ": its verdict stands, and nobody keeps it right." );
    }
-   if ( !at.decision ) {
-      remarks.push_back( gate + ( at.since
-                                     ? " has not decided over it: somebody else wrote its output."
-                                     : std::string( notLookedAt ) ) );
-   } else if ( at.decision->reason == Reason::notMember && story.isMember( asked.pair ) ) {
+   const bool ofNoMember = at.decision && at.decision->reason == Reason::notMember;
+   if ( at.decision ? ofNoMember && story.isMember( asked.pair ) : !at.since ) {
       remarks.push_back( gate + std::string( notLookedAt ) );
-   } else if ( at.decision->admitted() != at.admitted && at.since ) {
-      remarks.push_back( gate + " has decided otherwise: somebody else wrote its output at " +
-                         moment( *at.since ) + "." );
+   }
+   if ( at.outdatedSince && !ofNoMember ) { // which it is not, or that is told already
+      remarks.push_back( asked.pair.lag + " was removed or replaced at " +
+                         moment( *at.outdatedSince ) + ": " + gate +
+                         " has not looked at it since; what stands above is from before." );
    }
    if ( at.decision && at.decision->reason == Reason::failOpen ) {
       remarks.emplace_back( "A link that has failed does not ask the peer again by itself." );
@@ -275,6 +341,12 @@ void remarkOn( const Explanation & known,
                const Story & story,
                std::vector< std::string > & remarks ) {
    const Asked & asked = known.asked;
+   if ( asked.beyond ) {
+      remarks.push_back( asked.source == Source::ring
+                            ? "The last record is of " + moment( story.lastTime() ) +
+                                 ": what came later is not known."
+                            : "The scenario ends at " + moment( asked.at ) + "." );
+   }
    if ( asked.source == Source::ring ) {
       remarks.emplace_back(
          "vlan-xlate writes nothing into the ring: whether it holds the port, too, "
@@ -335,7 +407,9 @@ std::string nothingKnown( const Story & story, const Asked & asked ) {
    std::vector< std::string > lags;
    std::vector< std::string > members;
    std::vector< std::string > all;
+   bool swapped = false;
    for ( const PairName & pair : inNaturalOrder( story.pairs() ) ) {
+      swapped |= pair == PairName{ asked.pair.lag, asked.pair.member };
       if ( pair.member == asked.pair.member ) {
          lags.push_back( shown( pair.lag ) );
       }
@@ -346,6 +420,10 @@ std::string nothingKnown( const Story & story, const Asked & asked ) {
    }
    const std::string member = inQuotes( asked.pair.member );
    const std::string lag = inQuotes( asked.pair.lag );
+   if ( swapped ) {
+      return member + " is a LAG with member " + shown( asked.pair.lag ) +
+             "; wanted: MEMBER, then LAG";
+   }
    if ( !lags.empty() ) {
       return member + " was not seen in " + lag + "; it was seen in " + listed( lags );
    }
@@ -355,13 +433,17 @@ std::string nothingKnown( const Story & story, const Asked & asked ) {
    if ( !all.empty() ) {
       return "neither " + member + " nor " + lag + " was seen; there are " + listed( all );
    }
-   return "no interlock has decided over any member";
+   const bool noneStarted =
+      std::ranges::none_of( gates, [ &story ]( Gate gate ) { return story.counts( gate ); } );
+   return asked.source == Source::run && noneStarted
+             ? "no interlock was started up to " + moment( asked.at )
+             : "no interlock has decided over any member";
 }
 
 } // namespace
 
 Answer explain( const Story & story, const Asked & asked ) {
-   Explanation explanation{ asked, true, {}, {} };
+   Explanation explanation{ asked, true, {}, {}, 0 };
    for ( const Gate gate : gates ) {
       if ( auto at = lookAt( gate, story, asked ) ) {
          explanation.admitted &= at->admitted;
@@ -371,6 +453,12 @@ Answer explain( const Story & story, const Asked & asked ) {
    if ( explanation.gates.empty() ) {
       return { {}, nothingKnown( story, asked ) };
    }
+   for ( const AtGate & at : explanation.gates ) {
+      if ( std::string remark = otherHand( at ); !remark.empty() ) {
+         explanation.remarks.push_back( std::move( remark ) );
+      }
+   }
+   explanation.remarksAbove = explanation.remarks.size();
    for ( const AtGate & at : explanation.gates ) {
       remarkOn( at, story, asked, explanation.remarks );
    }

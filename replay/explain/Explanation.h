@@ -27,6 +27,8 @@ struct Asked {
    Source source = Source::run;
    Vex::Seconds at; // how things stand then
    std::string_view switchName; // of a pair of switches; empty: there is only one
+   // The time that was asked for, where it is later than all that is known.
+   std::optional< Vex::Seconds > beyond;
 };
 
 /// A check on the way to a verdict, and what it saw.
@@ -44,6 +46,7 @@ struct AtGate {
    std::optional< Vex::Seconds > since; // nothing: always
    bool orEarlier = false; // older records are lost
    std::optional< Decision > decision; // nothing: no interlock has decided
+   std::optional< Vex::Seconds > outdatedSince; // then its LAG was replaced
    std::string because; // what set it off
    std::vector< Looked > looked;
    std::string exchange; // how far that with the peer has come
@@ -58,6 +61,7 @@ struct Explanation {
    bool admitted = false; // by every gate of which something is known
    std::vector< AtGate > gates;
    std::vector< std::string > remarks; // what else an operator must know
+   std::size_t remarksAbove = 0; // so many of them change what the rest means
 };
 
 /// What is known; or, where there is nothing to explain, what was seen instead.

@@ -76,12 +76,20 @@ void showHeadline( const Explanation & known, Page & page ) {
    page.end();
 }
 
+// What it does, by its decision; and where its output says otherwise, what it did.
+std::string verdictText( const AtGate & at ) {
+   const bool admits = at.decision ? at.decision->admitted() : at.admitted;
+   if ( admits != at.admitted ) {
+      return admits ? "decided to admit it" : "decided to hold it";
+   }
+   return admits ? "admits it" : "holds it";
+}
+
 void showLooked( const AtGate & at, Page & page ) {
-   const bool decided = at.decision && at.decision->admitted();
    for ( const Looked & one : at.looked ) {
       page.at( wordColumn ).add( one.check ).at( sawColumn ).add( one.saw );
       if ( one.decisive ) {
-         page.add( decided ? "  <- admits it" : "  <- holds it" );
+         page.add( "  <- " ).add( verdictText( at ) );
       }
       page.end();
    }
@@ -113,10 +121,11 @@ void showGate( const AtGate & at, std::size_t mostBefore, Page & page ) {
       if ( at.gate == Gate::egressAcl ) {
          page.add( " (" ).add( nameOf( at.decision->decider ) ).add( ")" );
       }
-      page.add( at.decision->admitted() ? " admits it" : " holds it" );
-      page.add( ", decided at " + moment( at.decision->time ) );
-   } else {
-      page.add( at.admitted ? " admits it" : " holds it" );
+   }
+   page.add( " " ).add( verdictText( at ) );
+   if ( at.decision ) {
+      const bool saidSo = at.decision->admitted() != at.admitted;
+      page.add( ( saidSo ? " at " : ", decided at " ) + moment( at.decision->time ) );
    }
    page.end();
    if ( !at.because.empty() ) {
@@ -145,13 +154,18 @@ void showGate( const AtGate & at, std::size_t mostBefore, Page & page ) {
 void showAsText( const Explanation & explanation, Replay::Writer & writer ) {
    Page page( writer );
    showHeadline( explanation, page );
+   const auto above = std::span( explanation.remarks ).first( explanation.remarksAbove );
+   for ( const std::string & remark : above ) {
+      page.at( 3 ).add( remark ).end();
+   }
    for ( const AtGate & at : explanation.gates ) {
       showGate( at, explanation.gates.size() > 1 ? beforeOfTwo : beforeOfOne, page );
    }
-   if ( !explanation.remarks.empty() ) {
+   const auto below = std::span( explanation.remarks ).subspan( explanation.remarksAbove );
+   if ( !below.empty() ) {
       page.end();
    }
-   for ( const std::string & remark : explanation.remarks ) {
+   for ( const std::string & remark : below ) {
       page.at( 3 ).add( remark ).end();
    }
    writer.flushIfFull();

@@ -39,12 +39,12 @@ constexpr std::array noMlagSoWithdrawn{ Saw{ mlagInterface, no, "no" },
 constexpr std::array sent{ Saw{ request, done, "sent with token {0}" } };
 constexpr std::array nothingAsked{
    Saw{ peersAnswer, no, "not asked for: the LAG has no members" } };
-constexpr std::array notAnswered{ Saw{ peersAnswer, no, "not there yet" } };
+constexpr std::array notAnswered{ Saw{ peersAnswer, no, "none that fits the request yet" } };
 constexpr std::array answered{ Saw{ peersAnswer, yes, "there, and fits the request" } };
 constexpr std::array answerLost{
    Saw{ peersAnswer, no, "gone, or fits no more: the link counts as failed" } };
 constexpr std::array noAnswerInTime{
-   Saw{ peersAnswer, no, "not there in time: the link counts as failed" } };
+   Saw{ peersAnswer, no, "none that fits came in time: the link counts as failed" } };
 
 constexpr std::array isNoMlagMember{ Saw{ memberOfLag, yes, "yes" },
                                      Saw{ mlagInterface, no, "no" } };

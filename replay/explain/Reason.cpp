@@ -77,7 +77,7 @@ std::string_view wordsFor( Reason reason ) noexcept {
    case Reason::peerAnswered:
       return "the peer has answered, and no local egress ACL is missing";
    case Reason::failOpen:
-      return "the link counts as failed, and joins without the peer's answer";
+      return "the link counts as failed: its members join without the peer's answer";
    case Reason::translationNotNeeded:
       return "no VLAN translation is needed";
    case Reason::translationInPlace:

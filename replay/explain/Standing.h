@@ -54,6 +54,9 @@ struct Span {
 struct Standing {
    std::optional< Decision > last;
    Vex::Seconds verdictSince; // and not only its reason
+   // Where a run of a scenario tells: the LAG was removed or replaced then, and nothing was decided
+   // since.
+   std::optional< Vex::Seconds > outdatedSince;
    // Where a run of a scenario tells: whether the pair is in the output, and since when.
    std::optional< bool > inOutput;
    Vex::Seconds inOutputSince;

@@ -166,6 +166,23 @@ void Story::stopped( Gate gate, Vex::Seconds time ) {
    context( gate ).stopped = time;
 }
 
+void Story::lagReplaced( const std::string & lag, Vex::Seconds time ) {
+   for ( auto & [ pair, atGates ] : pairs_ ) {
+      if ( pair.lag != lag ) {
+         continue;
+      }
+      for ( Known & one : atGates ) {
+         Standing & standing = one.standing;
+         if ( standing.last && !standing.outdatedSince ) {
+            standing.outdatedSince = time;
+         }
+      }
+   }
+   if ( events_ != nullptr ) {
+      events_->outdated( lag );
+   }
+}
+
 void Story::memberIs( const PairName & pair, bool present ) {
    if ( present ) {
       members_.insert( pair );
@@ -325,6 +342,7 @@ void Story::decide( Gate gate, const Frame & frame, const Decision & decision ) 
       standing.notes = frame.notes;
    }
    standing.last = decision;
+   standing.outdatedSince.reset();
    if ( events_ != nullptr ) {
       events_->decided( frame.pair, gate, decision );
    }

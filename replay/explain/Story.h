@@ -45,6 +45,8 @@ class StoryEvents {
    virtual void exchanged( const std::string & lag,
                            const Exchange & exchange,
                            Vex::Seconds at ) = 0;
+   /// What was decided over the ports of this LAG is out of date, until it is decided anew.
+   virtual void outdated( const std::string & lag ) = 0;
 };
 
 class Story {
@@ -69,6 +71,9 @@ class Story {
    /// An interlock begins or ends its life; which one, where only that tells.
    void started( Gate gate, std::optional< Decider > decider );
    void stopped( Gate gate, Vex::Seconds time );
+   /// A LAG is removed, or gets other members, which alone makes nobody decide: what was decided
+   /// over its ports was decided over others.
+   void lagReplaced( const std::string & lag, Vex::Seconds time );
    /// A port has entered or left a LAG.
    void memberIs( const PairName & pair, bool present );
 
@@ -87,6 +92,8 @@ class Story {
    Decider decider( Gate gate ) const noexcept;
    /// Where a run of a scenario tells: the interlock runs, and the port is in the LAG.
    bool runs( Gate gate ) const noexcept { return context( gate ).runs; }
+   /// It was started at some time: its verdicts stand, also while it is stopped.
+   bool counts( Gate gate ) const noexcept { return runs( gate ) || stoppedAt( gate ); }
    bool isMember( const PairName & pair ) const { return members_.contains( pair ); }
 
    /// Of the records: the first and the last one's time, how many are not known.

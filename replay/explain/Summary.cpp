@@ -31,14 +31,22 @@ struct Cause {
    friend auto operator<=>( const Cause &, const Cause & ) = default;
 };
 
-// A verdict about a port that was no member then says nothing about one that is.
+// A verdict about a port that was no member then, or about one of a LAG that was replaced since,
+// says nothing about one that is.
 Cause causeAt( Gate gate, const Story & story, const PairName & pair ) {
+   const Cause notLookedAt{ gate, "not-looked-at", "has not looked at it" };
+   if ( !story.runs( gate ) ) {
+      return { gate, "interlock-stopped", "nobody decides: the interlock is stopped" };
+   }
    const Standing * const standing = story.standing( pair, gate );
-   if ( standing == nullptr || !standing->last || standing->last->reason == Reason::notMember ) {
-      return { gate, "not-looked-at", "has not looked at it" };
+   if ( standing == nullptr || !standing->last ) {
+      return notLookedAt;
    }
    if ( standing->last->admitted() ) {
       return { gate, "written-by-another", "admits it, but somebody else wrote its output" };
+   }
+   if ( standing->outdatedSince || standing->last->reason == Reason::notMember ) {
+      return notLookedAt;
    }
    const Reason reason = standing->last->reason;
    return { gate, nameOf( reason ), wordsFor( reason ) };
@@ -56,6 +64,8 @@ class Summary::Book final : public StoryEvents {
       bool inLagNow = false; // and so it was since then
       std::vector< Cause > causesNow;
       Vex::Seconds since;
+
+      bool heldNow() const noexcept { return !causesNow.empty(); }
    };
 
    void touch( const Replay::Pair & pair ) { touched_.insert( keyOf( pair ) ); }
@@ -95,6 +105,7 @@ class Summary::Book final : public StoryEvents {
    void exchanged( const std::string & /* lag */,
                    const Exchange & /* exchange */,
                    Vex::Seconds /* at */ ) override {}
+   void outdated( const std::string & lag ) override { touchLag( Nodo::IntfId( lag ) ); }
 
    void touchMembers( const Replay::Switch & device ) {
       for ( const auto entry : device.entities().hwLagConfig->initialMember().entries() ) {
@@ -119,8 +130,10 @@ class Summary::Book final : public StoryEvents {
       }
       std::vector< Cause > causes;
       for ( const Replay::Interlock interlock : Replay::interlocks ) {
-         if ( inLag && told.device->isHeldBy( interlock, pair ) ) {
-            causes.push_back( causeAt( gateOf( interlock ), told.story, nameOf( pair ) ) );
+         const Gate gate = gateOf( interlock );
+         if ( inLag && told.story.counts( gate ) &&
+              !told.device->entities().output( interlock )->intfHas( pair ) ) {
+            causes.push_back( causeAt( gate, told.story, nameOf( pair ) ) );
          }
       }
       const auto [ found, isNew ] = members_.try_emplace( key );
@@ -139,7 +152,7 @@ class Summary::Book final : public StoryEvents {
       if ( member.inLagNow ) {
          member.inLag = member.inLag + span;
       }
-      if ( !member.causesNow.empty() ) {
+      if ( member.heldNow() ) {
          member.held = member.held + span;
       }
       for ( const Cause & cause : member.causesNow ) {
@@ -160,7 +173,7 @@ namespace {
 constexpr std::size_t nameColumn = 3;
 constexpr std::size_t causeColumn = 6;
 constexpr std::size_t inLagColumn = 40;
-constexpr std::size_t heldColumn = 58;
+constexpr std::size_t heldColumn = 66;
 
 std::string_view shownName( Nodo::IntfId intf ) noexcept {
    return intf == Nodo::IntfId() ? std::string_view( "\"\"" ) : intf.stringValue();
@@ -181,6 +194,7 @@ void appendText( std::string & out, const Key & key, const Member & member ) {
    line += moment( member.inLag );
    padTo( line, heldColumn );
    line += moment( member.held );
+   line += member.heldNow() ? ", still" : "";
    out += line + '\n';
    for ( const auto & [ cause, time ] : member.by ) {
       line.assign( causeColumn, ' ' );
@@ -241,10 +255,7 @@ void Summary::doing( const Replay::Statement & statement, std::size_t at ) {
    std::visit(
       [ &book ]( const auto & what ) {
          using Type = std::remove_cvref_t< decltype( what ) >;
-         if constexpr ( std::is_same_v< Type, Replay::Lag > ||
-                        std::is_same_v< Type, Replay::NoLag > ) {
-            book.touchLag( what.lag );
-         } else if constexpr ( std::is_same_v< Type, Replay::Member > ) {
+         if constexpr ( std::is_same_v< Type, Replay::Member > ) {
             book.touch( { what.member, what.lag } );
          } else if constexpr ( std::is_same_v< Type, Replay::Start > ||
                                std::is_same_v< Type, Replay::Stop > ||
@@ -307,6 +318,7 @@ void Summary::showJson() {
             .add( "lag", key.first.stringValue() )
             .add( "in_lag", Replay::roundedToMicroseconds( member.inLag ) )
             .add( "held", Replay::roundedToMicroseconds( member.held ) )
+            .add( "held_now", member.heldNow() )
             .add( "by", causesOf( member.by ) )
             .end();
       }

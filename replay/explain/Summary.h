@@ -4,9 +4,10 @@
 // and the output that this is shown on, and adds its own lines: to text behind the end, to JSON
 // objects before it, because the end is the last object.
 //
-// A member is held while the port is in the LAG and an interlock that runs does not admit it. How
-// things stand is looked at once for each moment, when nothing more happens in it, and of those
-// members alone for which something has happened.
+// A member is held while the port is in the LAG and an interlock does not admit it that was started
+// at some time: the verdicts of one that is stopped stand. How things stand is looked at once for
+// each moment, when nothing more happens in it, and of those members alone for which something has
+// happened.
 
 #include "replay/explain/Witness.h"
 

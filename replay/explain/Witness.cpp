@@ -91,6 +91,12 @@ void Witness::statement( std::size_t line, std::string_view text ) {
       story.started( gateOf( start->machine->interlock ), deciderOf( *start->machine ) );
    } else if ( const auto * const stop = std::get_if< Replay::Stop >( &what ) ) {
       story.stopped( gateOf( stop->interlock ), now_ );
+   } else if ( const auto * const lag = std::get_if< Replay::Lag >( &what ) ) {
+      story.lagReplaced( lag->lag.stringValue(), now_ );
+   } else if ( const auto * const noLag = std::get_if< Replay::NoLag >( &what ) ) {
+      if ( switches_[ acting_ ].device->entities().hwLagConfig->initialMember( noLag->lag ) ) {
+         story.lagReplaced( noLag->lag.stringValue(), now_ );
+      }
    }
    doing( what, acting_ );
 }

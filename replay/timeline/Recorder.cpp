@@ -113,10 +113,6 @@ void Recorder::follow( const StatementType & statement ) {
    }
    SwitchBook & book = *books_[ acting_ ];
    if ( const auto lag = lagOf( statement ) ) {
-      if constexpr ( std::is_same_v< StatementType, Replay::Lag > ||
-                     std::is_same_v< StatementType, NoLag > ) {
-         book.undecided( *lag );
-      }
       if constexpr ( std::is_same_v< StatementType, Replay::Response > ) {
          book.mark( *lag, { now(), MarkKind::answer, doing_ } );
       } else if constexpr ( !std::is_same_v< StatementType, Replay::Request > ) {

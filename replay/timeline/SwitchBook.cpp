@@ -81,8 +81,8 @@ void SwitchBook::forgetLinks() {
    }
 }
 
-void SwitchBook::undecided( Nodo::IntfId lag ) {
-   for ( auto & [ name, member ] : lags_[ lag ].members ) {
+void SwitchBook::outdated( const std::string & lag ) {
+   for ( auto & [ name, member ] : lags_[ Nodo::IntfId( lag ) ].members ) {
       member.reasons.fill( std::nullopt );
    }
 }

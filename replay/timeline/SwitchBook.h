@@ -35,14 +35,13 @@ class SwitchBook final : public Explain::StoryEvents {
    }
    /// The egress-ACL interlock ends, or begins anew: it has no link states.
    void forgetLinks();
-   /// The LAG gets other members, which alone makes nobody decide.
-   void undecided( Nodo::IntfId lag );
    void decided( const Explain::PairName & pair,
                  Explain::Gate gate,
                  const Explain::Decision & decision ) override;
    void exchanged( const std::string & lag,
                    const Explain::Exchange & exchange,
                    Vex::Seconds at ) override;
+   void outdated( const std::string & lag ) override;
    void mark( Nodo::IntfId lag, Mark mark ) {
       touch( lag );
       lags_[ lag ].marks.push_back( std::move( mark ) );

@@ -44,9 +44,13 @@ ExitStatus answer( const Explain::Question & question,
          tell( err, question.file, complaint );
       }
       const Explain::Story story = storyIn( look, question );
-      const Explain::Answer found = explain(
-         story,
-         { question.pair, Explain::Source::ring, question.at.value_or( story.lastTime() ), {} } );
+      const bool beyond =
+         question.at && !look.records.empty() && *question.at > look.records.back().time;
+      const Explain::Answer found = explain( story, { question.pair,
+                                                      Explain::Source::ring,
+                                                      question.at.value_or( story.lastTime() ),
+                                                      {},
+                                                      beyond ? question.at : std::nullopt } );
       if ( !found.explanation ) {
          tell( err, question.file, found.error );
          return damaged;

@@ -2,10 +2,15 @@
 
 #include "tests/replay/explain/Explaining.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
 
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
 using TestSupport::basic;
 using TestSupport::explained;
 
@@ -76,6 +81,8 @@ Ethernet1 in PortChannel10 is ADMITTED at 1 s, by egress-acl since 0 s
    before that
       since 0 s         held        its egress ACL is not installed
 
+   PortChannel10 was removed or replaced at 1 s: egress-acl has not looked at it since; )"
+              R"(what stands above is from before.
    It is no member of the LAG at this time: no verdict makes it join.
 )" );
 }
@@ -113,9 +120,75 @@ TEST( ExplainGaps, AnOutputThatSomebodyElseWrote ) {
                                  "output egress-acl Ethernet1 PortChannel10\n" ),
               R"(
 Ethernet1 in PortChannel10 is ADMITTED at 1 s, by egress-acl since 1 s
+   egress-acl has decided otherwise: somebody else wrote its output at 1 s.
+
+   egress-acl (basic) decided to hold it at 0 s
+   because Ethernet1 entered, left or changed in PortChannel10
+      member of the LAG             yes
+      MLAG is active                yes
+      peer link is up               yes
+      LAG is active on the peer     yes
+      egress ACL needed             yes
+      egress ACL installed          no  <- decided to hold it
+   is looked at again when
+      the egress ACL of Ethernet1 in PortChannel10 is installed or removed
+      the MLAG status of PortChannel10 changes
+      the MLAG state, the peer link or its link status changes
+      Ethernet1 enters, leaves or changes in PortChannel10
+)" );
+}
+
+TEST( ExplainGaps, AnOutputOverWhichNobodyHasDecided ) {
+   EXPECT_EQ( explained( "lag PortChannel10 Ethernet1\n"
+                         "at 1\n"
+                         "output egress-acl Ethernet1 PortChannel10\n" ),
+              R"(
+Ethernet1 in PortChannel10 is ADMITTED at 1 s, by egress-acl since 1 s
+   egress-acl has not decided over it: somebody else wrote its output.
+
+   egress-acl admits it
+   is looked at again when
+      an interlock is started
+)" );
+}
+
+TEST( ExplainGaps, AnOutputThatSomebodyElseTookAway ) {
+   EXPECT_THAT( explained( basic + "member PortChannel10 Ethernet1\n"
+                                   "acl Ethernet1 PortChannel10\n"
+                                   "at 1\n"
+                                   "no output egress-acl Ethernet1 PortChannel10\n" ),
+                StartsWith( R"(
+Ethernet1 in PortChannel10 is HELD at 1 s, by egress-acl since 1 s
+   egress-acl has decided otherwise: somebody else wrote its output at 1 s.
+
+   egress-acl (basic) decided to admit it at 0 s
+)" ) );
+}
+
+// ---- A LAG that goes, or is replaced ------------------------------------------------------------
+
+const std::string mlagOfTwo = "mlag state 3\n"
+                              "link Ethernet49 2\n"
+                              "mlag peer-link Ethernet49\n"
+                              "mlag intf PortChannel10 2 2\n"
+                              "lag PortChannel10 Ethernet1\n"
+                              "start basic\n"
+                              "at 1\n";
+const std::string notSince = " was removed or replaced at 1 s: egress-acl has not looked at it "
+                             "since; what stands above is from before.\n";
+
+TEST( ExplainGaps, AVerdictFromBeforeItsLagWasReplacedIsToldAsSuch ) {
+   EXPECT_EQ( explained( mlagOfTwo + "no lag PortChannel10\n"
+                                     "at 2\n"
+                                     "mlag state 1\n"
+                                     "at 3\n"
+                                     "lag PortChannel10 Ethernet1\n"
+                                     "at 5\n" ),
+              R"(
+Ethernet1 in PortChannel10 is HELD at 5 s, by egress-acl since 0 s
 
    egress-acl (basic) holds it, decided at 0 s
-   because Ethernet1 entered, left or changed in PortChannel10
+   because the interlock started
       member of the LAG             yes
       MLAG is active                yes
       peer link is up               yes
@@ -128,23 +201,29 @@ Ethernet1 in PortChannel10 is ADMITTED at 1 s, by egress-acl since 1 s
       the MLAG state, the peer link or its link status changes
       Ethernet1 enters, leaves or changes in PortChannel10
 
-   egress-acl has decided otherwise: somebody else wrote its output at 1 s.
-)" );
+   PortChannel10)" +
+                 notSince );
 }
 
-TEST( ExplainGaps, AnOutputOverWhichNobodyHasDecided ) {
-   EXPECT_EQ( explained( "lag PortChannel10 Ethernet1\n"
-                         "at 1\n"
-                         "output egress-acl Ethernet1 PortChannel10\n" ),
-              R"(
-Ethernet1 in PortChannel10 is ADMITTED at 1 s, by egress-acl since 1 s
+TEST( ExplainGaps, ALagThatIsReplacedAtOnceLeavesVerdictsFromBefore ) {
+   EXPECT_THAT( explained( mlagOfTwo + "lag PortChannel10 Ethernet1 Ethernet2\n" ),
+                EndsWith( "\n   PortChannel10" + notSince ) );
+}
 
-   egress-acl admits it
-   is looked at again when
-      an interlock is started
+TEST( ExplainGaps, ADecisionAfterItsLagWasReplacedIsOfNow ) {
+   EXPECT_THAT( explained( mlagOfTwo + "lag PortChannel10 Ethernet1\n"
+                                       "at 2\n"
+                                       "acl Ethernet1 PortChannel10\n" ),
+                Not( HasSubstr( "removed or replaced" ) ) );
+}
 
-   egress-acl has not decided over it: somebody else wrote its output.
-)" );
+TEST( ExplainGaps, ALagThatIsNotThereCannotBeRemoved ) {
+   EXPECT_THAT( explained( mlagOfTwo + "no lag PortChannel10\n"
+                                       "at 2\n"
+                                       "acl Ethernet1 PortChannel10\n" // decides over it
+                                       "at 3\n"
+                                       "no lag PortChannel10\n" ),
+                Not( HasSubstr( "removed or replaced" ) ) );
 }
 
 } // namespace

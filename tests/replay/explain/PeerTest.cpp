@@ -2,10 +2,13 @@
 
 #include "tests/replay/explain/Explaining.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
 
+using ::testing::HasSubstr;
+using ::testing::Not;
 using TestSupport::explained;
 using TestSupport::peer;
 
@@ -17,13 +20,13 @@ Ethernet1 in PortChannel10 is HELD at 1.05 s, by egress-acl since 1 s
    egress-acl (peer-coordinated) holds it, decided at 1 s
    because Ethernet1 entered, left or changed in PortChannel10
       request to the peer           sent with token 2
-      peer's answer                 not there yet  <- holds it
+      peer's answer                 none that fits the request yet  <- holds it
       member of the LAG             yes
       LAG is an MLAG interface      yes
       exchange with the peer        asking since 1 s; request 2, sent at 1 s
    is looked at again when
       the time-out comes, at 1.1 s
-      the peer's answer for PortChannel10 comes, changes or goes
+      an answer of the peer that fits request 2 comes
       the egress ACL of Ethernet1 in PortChannel10 is installed or removed
       the MLAG status of PortChannel10 changes
       Ethernet1 enters, leaves or changes in PortChannel10
@@ -47,7 +50,7 @@ Ethernet1 in PortChannel10 is HELD at 1.5 s, by egress-acl since 1 s
       exchange with the peer        answered since 1.02 s; request 2, sent at 1 s
    is looked at again when
       the egress ACL of Ethernet1 in PortChannel10 is installed or removed
-      the peer's answer for PortChannel10 comes, changes or goes
+      the peer's answer for PortChannel10 goes, or does not fit any more
       the MLAG status of PortChannel10 changes
       Ethernet1 enters, leaves or changes in PortChannel10
    before that
@@ -72,7 +75,7 @@ Ethernet1 in PortChannel10 is ADMITTED at 1.5 s, by egress-acl since 1.5 s
       exchange with the peer        answered since 1.02 s; request 2, sent at 1 s
    is looked at again when
       the egress ACL of Ethernet1 in PortChannel10 is installed or removed
-      the peer's answer for PortChannel10 comes, changes or goes
+      the peer's answer for PortChannel10 goes, or does not fit any more
       the MLAG status of PortChannel10 changes
       Ethernet1 enters, leaves or changes in PortChannel10
    before that
@@ -88,12 +91,13 @@ Ethernet1 in PortChannel10 is ADMITTED at 2 s, by egress-acl since 1.1 s
 
    egress-acl (peer-coordinated) admits it, decided at 1.1 s
    because the time-out of PortChannel10 came: the peer had not answered
-      peer's answer                 not there in time: the link counts as failed  <- admits it
+      peer's answer                 none that fits came in time: )"
+              R"(the link counts as failed  <- admits it
       member of the LAG             yes
       LAG is an MLAG interface      yes
       exchange with the peer        failed since 1.1 s, not answered in time; request 2, sent at 1 s
    is looked at again when
-      the peer's answer for PortChannel10 comes, changes or goes
+      an answer of the peer that fits request 2 comes
       the egress ACL of Ethernet1 in PortChannel10 is installed or removed
       the MLAG status of PortChannel10 changes
       Ethernet1 enters, leaves or changes in PortChannel10
@@ -119,7 +123,7 @@ Ethernet1 in PortChannel10 is ADMITTED at 2 s, by egress-acl since 1 s
       LAG is an MLAG interface      yes
       exchange with the peer        failed since 2 s, the answer went away; request 2, sent at 1 s
    is looked at again when
-      the peer's answer for PortChannel10 comes, changes or goes
+      an answer of the peer that fits request 2 comes
       the egress ACL of Ethernet1 in PortChannel10 is installed or removed
       the MLAG status of PortChannel10 changes
       Ethernet1 enters, leaves or changes in PortChannel10
@@ -148,12 +152,13 @@ Ethernet1 in PortChannel10 is HELD at 2 s, by egress-acl since 2 s
       exchange with the peer        answered since 2 s; request 2, sent at 1 s
    is looked at again when
       the egress ACL of Ethernet1 in PortChannel10 is installed or removed
-      the peer's answer for PortChannel10 comes, changes or goes
+      the peer's answer for PortChannel10 goes, or does not fit any more
       the MLAG status of PortChannel10 changes
       Ethernet1 enters, leaves or changes in PortChannel10
    before that
       since 1 s         held        waits for the peer's answer
-      since 1.1 s       admitted    the link counts as failed, and joins without the peer's answer
+      since 1.1 s       admitted    )"
+              R"(the link counts as failed: its members join without the peer's answer
 )" );
 }
 
@@ -170,7 +175,6 @@ Ethernet1 in PortChannel10 is ADMITTED at 1.05 s, by egress-acl since 1.05 s
       member of the LAG             yes
    is looked at again when
       the MLAG status of PortChannel10 changes
-      the peer's answer for PortChannel10 comes, changes or goes
       the egress ACL of Ethernet1 in PortChannel10 is installed or removed
       Ethernet1 enters, leaves or changes in PortChannel10
    before that
@@ -197,6 +201,14 @@ Ethernet1 in PortChannel10 is ADMITTED at 1.05 s, by egress-acl since 1.05 s
    before that
       since 1 s         held        waits for the peer's answer
 )" );
+}
+
+TEST( ExplainPeer, OfALagWithoutMembersNoAnswerIsWaitedFor ) {
+   const std::string text = explained( peer + "at 1.05\n"
+                                              "no member PortChannel10 Ethernet1\n" );
+   EXPECT_THAT( text, HasSubstr( "not asking since 1.05 s, the LAG has no members\n" ) );
+   EXPECT_THAT( text, Not( HasSubstr( "answer of the peer" ) ) );
+   EXPECT_THAT( text, Not( HasSubstr( "peer's answer for" ) ) );
 }
 
 } // namespace

@@ -11,6 +11,7 @@
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 using TestSupport::basic;
 using TestSupport::explained;
@@ -47,11 +48,37 @@ TEST( ExplainProgram, AfterTheEndThingsStandAsAtTheEnd ) {
               "Ethernet1 in PortChannel10 is ADMITTED at 3 s, by egress-acl since 2 s" );
 }
 
+TEST( ExplainProgram, OfATimeAfterTheEndItSaysWhenThatWas ) {
+   const std::string remark = "\n   The scenario ends at 1.05 s.\n";
+   const auto at = []( const char * time ) {
+      return explained( peer + "at 1.05\n", { "--at", time, "Ethernet1", "PortChannel10" } );
+   };
+   EXPECT_THAT( at( "1.05" ), Not( HasSubstr( remark ) ) );
+   EXPECT_THAT( at( "1.05" ), HasSubstr( "\n      the time-out comes, at 1.1 s\n" ) );
+   EXPECT_THAT( at( "9" ), HasSubstr( remark ) );
+   EXPECT_THAT( at( "9" ), Not( HasSubstr( "the time-out comes" ) ) );
+}
+
 TEST( ExplainProgram, NothingIsKnownBeforeItHappens ) {
    const Shown shown = explainRun( basic + "at 1\nmember PortChannel10 Ethernet1\n",
                                    { "--at", "0.5", "Ethernet1", "PortChannel10" } );
    EXPECT_EQ( shown.status, 1 );
    EXPECT_EQ( shown.err, "s: no interlock has decided over any member\n" );
+}
+
+TEST( ExplainProgram, WhereNoInterlockWasStartedThatIsSaid ) {
+   const Shown shown = explainRun( "lag P E\nat 1\nstart basic\nlag Q E2\nmember Q E3\n",
+                                   { "--at", "0.5", "E", "P" } );
+   EXPECT_EQ( shown.status, 1 );
+   EXPECT_EQ( shown.err, "s: no interlock was started up to 0.5 s\n" );
+}
+
+TEST( ExplainProgram, ALagInThePlaceOfItsMemberIsToldSo ) {
+   const Shown shown =
+      explainRun( basic + "member PortChannel10 Ethernet1\n", { "PortChannel10", "Ethernet1" } );
+   EXPECT_EQ( shown.status, 1 );
+   EXPECT_EQ( shown.err, "s: 'PortChannel10' is a LAG with member Ethernet1; wanted: MEMBER, then "
+                         "LAG\n" );
 }
 
 TEST( ExplainProgram, NamesTheLagsThatAMemberWasSeenWith ) {
@@ -115,7 +142,7 @@ TEST( ExplainProgram, NothingKnownOnASwitchIsToldWithItsName ) {
    const Shown shown = explainRun( "switch left\n" + boot + "Ethernet1\n",
                                    { "--switch", "right", "Ethernet1", "PortChannel10" } );
    EXPECT_EQ( shown.status, 1 );
-   EXPECT_EQ( shown.err, "s: right: no interlock has decided over any member\n" );
+   EXPECT_EQ( shown.err, "s: right: no interlock was started up to 0 s\n" );
 }
 
 TEST( ExplainProgram, OneSwitchHasNoName ) {
@@ -136,11 +163,12 @@ TEST( ExplainProgram, GivesTheSameAsOneObject ) {
       R"("or_earlier":false,"decided":1.0,"reason":"waiting-for-peer",)"
       R"("because":"Ethernet1 entered, left or changed in PortChannel10","checks":[)"
       R"({"check":"request to the peer","saw":"sent with token 2","passed":null,"decisive":false},)"
-      R"({"check":"peer's answer","saw":"not there yet","passed":false,"decisive":true},)"
+      R"({"check":"peer's answer","saw":"none that fits the request yet","passed":false,)"
+      R"("decisive":true},)"
       R"({"check":"member of the LAG","saw":"yes","passed":true,"decisive":false},)"
       R"({"check":"LAG is an MLAG interface","saw":"yes","passed":true,"decisive":false}],)"
       R"("exchange":"asking since 1 s; request 2, sent at 1 s","time_out":1.1,)"
-      R"("looks_again":["the peer's answer for PortChannel10 comes, changes or goes",)"
+      R"("looks_again":["an answer of the peer that fits request 2 comes",)"
       R"("the egress ACL of Ethernet1 in PortChannel10 is installed or removed",)"
       R"("the MLAG status of PortChannel10 changes",)"
       R"("Ethernet1 enters, leaves or changes in PortChannel10"],)"

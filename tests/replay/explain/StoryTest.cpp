@@ -64,12 +64,12 @@ class StoryTest : public ::testing::Test {
       return standing != nullptr ? std::optional( standing->last->reason ) : std::nullopt;
    }
    Explain::AtGate gate() const {
-      const auto answer = explain( story_, { pair, Explain::Source::ring, time_, {} } );
+      const auto answer = explain( story_, { pair, Explain::Source::ring, time_, {}, {} } );
       EXPECT_TRUE( answer.explanation ) << answer.error;
       return answer.explanation.value_or( Explain::Explanation{} ).gates.at( 0 );
    }
    std::vector< std::string > remarks() const {
-      return explain( story_, { pair, Explain::Source::ring, time_, {} } ).explanation->remarks;
+      return explain( story_, { pair, Explain::Source::ring, time_, {}, {} } ).explanation->remarks;
    }
 
    Story story_;

@@ -46,10 +46,10 @@ TEST( Summary, TellsForHowLongEachMemberWasHeldAndByWhat ) {
                                 "no acl Ethernet1 PortChannel10\n"
                                 "at 6\n" ),
               R"(
-                                        in the LAG        held
-   Ethernet1 -> PortChannel10           5 s               2.5 s
-      egress-acl: its egress ACL is not installed         2.48 s
-      egress-acl: waits for the peer's answer             0.02 s
+                                        in the LAG                held
+   Ethernet1 -> PortChannel10           5 s                       2.5 s, still
+      egress-acl: its egress ACL is not installed                 2.48 s
+      egress-acl: waits for the peer's answer                     0.02 s
 )" );
 }
 
@@ -64,10 +64,10 @@ TEST( Summary, WhatTwoInterlocksHoldIsHeldOnce ) {
                                  "vlan-ready Ethernet1 PortChannel10\n"
                                  "at 4\n" ),
               R"(
-                                        in the LAG        held
-   Ethernet1 -> PortChannel10           4 s               3 s
-      egress-acl: its egress ACL is not installed         1 s
-      vlan-xlate: VLAN translation is not programmed      3 s
+                                        in the LAG                held
+   Ethernet1 -> PortChannel10           4 s                       3 s
+      egress-acl: its egress ACL is not installed                 1 s
+      vlan-xlate: VLAN translation is not programmed              3 s
 )" );
 }
 
@@ -77,9 +77,9 @@ TEST( Summary, AMemberThatLeavesIsNotHeldAnyMore ) {
                                  "no member PortChannel10 Ethernet1\n"
                                  "at 5\n" ),
               R"(
-                                        in the LAG        held
-   Ethernet1 -> PortChannel10           1 s               1 s
-      egress-acl: its egress ACL is not installed         1 s
+                                        in the LAG                held
+   Ethernet1 -> PortChannel10           1 s                       1 s
+      egress-acl: its egress ACL is not installed                 1 s
 )" );
 }
 
@@ -91,13 +91,39 @@ TEST( Summary, WhatNobodyLooksAtIsHeldByThat ) {
                                  "no lag PortChannel20\n"
                                  "at 4\n" ),
               R"(
-                                        in the LAG        held
-   Ethernet1 -> PortChannel20           3 s               2 s
-      egress-acl: has not looked at it                    2 s
+                                        in the LAG                held
+   Ethernet1 -> PortChannel20           3 s                       2 s
+      egress-acl: has not looked at it                            2 s
 )" );
 }
 
-TEST( Summary, AnInterlockThatDoesNotRunHoldsNobody ) {
+TEST( Summary, WhatWasDecidedBeforeItsLagWasReplacedIsHeldByNobodyLooking ) {
+   EXPECT_EQ( summaryOf( basic + "member PortChannel10 Ethernet1\n"
+                                 "at 1\n"
+                                 "lag PortChannel10 Ethernet1\n"
+                                 "at 3\n"
+                                 "no acl Ethernet1 PortChannel10\n" // is no change
+                                 "mlag state 4\n" // decides over it
+                                 "at 4\n" ),
+              R"(
+                                        in the LAG                held
+   Ethernet1 -> PortChannel10           4 s                       4 s, still
+      egress-acl: its egress ACL is not installed                 2 s
+      egress-acl: has not looked at it                            2 s
+)" );
+}
+
+TEST( Summary, AnInterlockThatWasNeverStartedHoldsNobody ) {
+   EXPECT_EQ( summaryOf( basic + "member PortChannel10 Ethernet1\n"
+                                 "acl Ethernet1 PortChannel10\n"
+                                 "at 1\n" ),
+              R"(
+                                        in the LAG                held
+   Ethernet1 -> PortChannel10           1 s                       0 s
+)" );
+}
+
+TEST( Summary, WhileAnInterlockIsStoppedItsVerdictsStand ) {
    EXPECT_EQ( summaryOf( basic + "member PortChannel10 Ethernet1\n"
                                  "at 1\n"
                                  "stop egress-acl\n"
@@ -105,9 +131,10 @@ TEST( Summary, AnInterlockThatDoesNotRunHoldsNobody ) {
                                  "start basic\n"
                                  "at 4\n" ),
               R"(
-                                        in the LAG        held
-   Ethernet1 -> PortChannel10           4 s               2 s
-      egress-acl: its egress ACL is not installed         2 s
+                                        in the LAG                held
+   Ethernet1 -> PortChannel10           4 s                       4 s, still
+      egress-acl: nobody decides: the interlock is stopped        2 s
+      egress-acl: its egress ACL is not installed                 2 s
 )" );
 }
 
@@ -118,15 +145,15 @@ TEST( Summary, WhatSomebodyElseTakesAwayIsHeldByThat ) {
                                  "no output egress-acl Ethernet1 PortChannel10\n"
                                  "at 3\n" ),
               R"(
-                                        in the LAG        held
-   Ethernet1 -> PortChannel10           3 s               2 s
-      egress-acl: admits it, but somebody else wrote its output 2 s
+                                        in the LAG                held
+   Ethernet1 -> PortChannel10           3 s                       2 s, still
+      egress-acl: admits it, but somebody else wrote its output   2 s
 )" );
 }
 
 TEST( Summary, WithoutMembersSaysSo ) {
    EXPECT_EQ( summaryOf( "mlag state 3\n" ), R"(
-                                        in the LAG        held
+                                        in the LAG                held
    no port was in a LAG
 )" );
 }
@@ -136,12 +163,12 @@ TEST( Summary, HasAPartForEachSwitch ) {
       shownWith( Explain::SummaryForm::text, "switch right\nlag P\nstart basic\nmember P E2\n"
                                              "member P E10\nat 1\n" );
    EXPECT_THAT( shown, ::testing::EndsWith( R"(
-   left                                 in the LAG        held
+   left                                 in the LAG                held
    no port was in a LAG
 
-   right                                in the LAG        held
-   E2 -> P                              1 s               0 s
-   E10 -> P                             1 s               0 s
+   right                                in the LAG                held
+   E2 -> P                              1 s                       0 s
+   E10 -> P                             1 s                       0 s
 )" ) );
 }
 
@@ -149,12 +176,13 @@ TEST( Summary, AsObjectsComesBeforeTheEnd ) {
    const std::string shown =
       shownWith( Explain::SummaryForm::jsonLines, basic + "member PortChannel10 Ethernet1\n"
                                                           "at 0.25\n" );
-   EXPECT_THAT( shown, ::testing::HasSubstr(
-                          R"({"kind":"held","t":0.25,"member":"Ethernet1","lag":"PortChannel10",)"
-                          R"("in_lag":0.25,"held":0.25,"by":[{"interlock":"egress-acl",)"
-                          R"("reason":"no-local-acl","for":0.25}]})"
-                          "\n"
-                          R"({"kind":"end",)" ) );
+   EXPECT_THAT( shown,
+                ::testing::HasSubstr(
+                   R"({"kind":"held","t":0.25,"member":"Ethernet1","lag":"PortChannel10",)"
+                   R"("in_lag":0.25,"held":0.25,"held_now":true,"by":[{"interlock":"egress-acl",)"
+                   R"("reason":"no-local-acl","for":0.25}]})"
+                   "\n"
+                   R"({"kind":"end",)" ) );
 }
 
 TEST( Summary, TheRunIsShownAsWithoutIt ) {

@@ -13,6 +13,7 @@ namespace {
 
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 using TestSupport::basic;
 using TestSupport::explainTrace;
@@ -32,13 +33,13 @@ Ethernet1 in PortChannel10 is HELD at 1 s, by egress-acl since 1 s
    egress-acl (peer-coordinated) holds it, decided at 1 s
    because Ethernet1 entered, left or changed in PortChannel10
       request to the peer           sent with token 2
-      peer's answer                 not there yet  <- holds it
+      peer's answer                 none that fits the request yet  <- holds it
       member of the LAG             yes
       LAG is an MLAG interface      yes
       exchange with the peer        asking since 1 s; request 2, sent at 1 s
    is looked at again when
       the time-out comes, at 1.1 s
-      the peer's answer for PortChannel10 comes, changes or goes
+      an answer of the peer that fits request 2 comes
       the egress ACL of Ethernet1 in PortChannel10 is installed or removed
       the MLAG status of PortChannel10 changes
       Ethernet1 enters, leaves or changes in PortChannel10
@@ -82,7 +83,7 @@ TEST( ExplainTrace, TheDeprecatedInterlockTellsAll ) {
    EXPECT_THAT( shown.out, HasSubstr( "      MLAG is active                yes\n"
                                       "      peer link is up               no, there is none\n"
                                       "      egress ACL needed             no  <- admits it\n" ) );
-   EXPECT_THAT( shown.out, ::testing::Not( HasSubstr( "goes to the text trace alone" ) ) );
+   EXPECT_THAT( shown.out, Not( HasSubstr( "goes to the text trace alone" ) ) );
 }
 
 TEST( ExplainTrace, AnEventOfALagWithoutMembersIsNoReasonToHoldOne ) {
@@ -101,6 +102,18 @@ TEST( ExplainTrace, HowThingsStoodBefore ) {
    EXPECT_THAT(
       explainTrace( peer + "at 9\n", thePair ).out,
       StartsWith( "Ethernet1 in PortChannel10 is ADMITTED at 1.1 s, by egress-acl since" ) );
+}
+
+TEST( ExplainTrace, OfATimeAfterTheLastRecordItSaysThatNothingIsKnown ) {
+   const std::string remark = "\n   The last record is of 1 s: what came later is not known.\n";
+   const auto at = []( const char * time ) {
+      return explainTrace( peer, { "--at", time, "Ethernet1", "PortChannel10" } ).out;
+   };
+   EXPECT_THAT( at( "1" ), Not( HasSubstr( remark ) ) );
+   EXPECT_THAT( at( "1.05" ), HasSubstr( remark ) );
+   EXPECT_THAT( at( "1.05" ), HasSubstr( "\n      the time-out comes, at 1.1 s\n" ) );
+   EXPECT_THAT( at( "2" ), HasSubstr( remark ) );
+   EXPECT_THAT( at( "2" ), Not( HasSubstr( "the time-out comes" ) ) );
 }
 
 TEST( ExplainTrace, ARingThatHasGoneRound ) {
