@@ -68,6 +68,12 @@ void understand( const Words & words, Question & question ) {
    }
 }
 
+std::string wrong( std::string_view what ) {
+   std::string line;
+   Replay::appendPrintable( line, what );
+   return line + "; see explain --help";
+}
+
 } // namespace
 
 ExplainCommandLine parseExplainCommandLine( Asks asks, int argc, const char * const * argv ) {
@@ -81,12 +87,21 @@ ExplainCommandLine parseExplainCommandLine( Asks asks, int argc, const char * co
       understand( words, question );
    } catch ( const CLI::CallForHelp & ) {
       return { {}, app.help(), {} };
+   } catch ( const CLI::ExtrasError & ) {
+      return { {}, {}, wrong( notExpected( app.remaining() ) ) };
    } catch ( const CLI::ParseError & error ) {
-      std::string line;
-      Replay::appendPrintable( line, error.what() );
-      return { {}, {}, line + "; see explain --help" };
+      return { {}, {}, wrong( error.what() ) };
    }
    return { std::move( question ), {}, {} };
+}
+
+std::string notExpected( const std::vector< std::string > & words ) {
+   std::string text = words.size() == 1 ? "The following argument was not expected:"
+                                        : "The following arguments were not expected:";
+   for ( const std::string & word : words ) {
+      text += ' ' + word;
+   }
+   return text;
 }
 
 bool isExplain( int argc, const char * const * argv ) noexcept {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Explain {
 
@@ -30,6 +31,10 @@ enum class Asks : std::uint8_t { scenario, traceFile };
 
 /// The first argument is `explain`.
 ExplainCommandLine parseExplainCommandLine( Asks asks, int argc, const char * const * argv );
+
+/// What is wrong with a command line that has these words too many, in their order. The library
+/// that takes command lines apart tells them the other way round.
+std::string notExpected( const std::vector< std::string > & words );
 
 /// Whether this is such a command line.
 bool isExplain( int argc, const char * const * argv ) noexcept;

@@ -102,7 +102,7 @@ void Story::takeKnown( const Note & note ) {
       break;
    case Says::lagEmpty:
       lagNamed( here, note );
-      here.empty = true;
+      here.empty.insert( here.lag );
       break;
    case Says::decides:
       openDecision( here, note );
@@ -168,13 +168,9 @@ void Story::stopped( Gate gate, Vex::Seconds time ) {
 
 void Story::lagReplaced( const std::string & lag, Vex::Seconds time ) {
    for ( auto & [ pair, atGates ] : pairs_ ) {
-      if ( pair.lag != lag ) {
-         continue;
-      }
       for ( Known & one : atGates ) {
-         Standing & standing = one.standing;
-         if ( standing.last && !standing.outdatedSince ) {
-            standing.outdatedSince = time;
+         if ( pair.lag == lag && one.standing.last && !one.standing.outdatedSince ) {
+            one.standing.outdatedSince = time;
          }
       }
    }
@@ -196,7 +192,7 @@ void Story::memberIs( const PairName & pair, bool present ) {
 void Story::begin( Context & here, const Note & trigger ) {
    here.trigger = trigger;
    here.fresh = true;
-   here.empty = false;
+   here.empty.clear();
    ++here.event;
    here.around.clear();
    here.lag = trigger.meaning->lag >= 0 ? argument( trigger, trigger.meaning->lag ) : std::string();
@@ -276,7 +272,7 @@ bool Story::fits( const Context & here, const PairName & pair, const Known & one
    if ( meaning.lag >= 0 ) {
       const auto & last = one.standing.last;
       const bool inOutput = last ? last->admitted() : !lifeSeen_; // or that is not known
-      return times == 0 && ( inOutput || !here.empty ) &&
+      return times == 0 && ( inOutput || !here.empty.contains( pair.lag ) ) &&
              pair.lag == argument( *here.trigger, meaning.lag );
    }
    const bool life = meaning.says == Says::start || meaning.says == Says::switchover;
@@ -296,10 +292,15 @@ void Story::openDecision( Context & here, const Note & note ) {
    if ( here.frames.size() == mostFrames ) {
       here.frames.erase( here.frames.begin() );
    }
-   Frame frame{ std::move( pair ), false, false, false, {} };
+   Frame frame;
+   frame.pair = std::move( pair );
    if ( frame.pair == watched_ && here.trigger ) {
       frame.notes.push_back( *here.trigger );
       frame.notes.insert( frame.notes.end(), here.around.begin(), here.around.end() );
+      frame.setOff = frame.notes.size();
+      if ( here.empty.contains( frame.pair.lag ) ) {
+         frame.entered = note;
+      }
    }
    here.frames.push_back( std::move( frame ) );
 }
@@ -309,10 +310,15 @@ void Story::closeDecision( Context & here, const Note & note ) {
       return; // it began before the first record
    }
    keep( here, note );
-   const Frame frame = std::move( here.frames.back() );
+   Frame frame = std::move( here.frames.back() );
    here.frames.pop_back();
    Decision decision{ note.time, Decider::basic,
                       note.meaning->reason.value_or( Reason::notMember ) };
+   if ( frame.entered && decision.reason != Reason::notMember ) { // since its LAG was found empty
+      frame.notes.erase( frame.notes.begin() + 1,
+                         frame.notes.begin() + static_cast< std::ptrdiff_t >( frame.setOff ) );
+      frame.notes.front() = *frame.entered;
+   }
    if ( decision.reason == Reason::peerAnswered && !frame.asked ) {
       decision.reason = Reason::failOpen; // which asks for no ACL
    }

@@ -116,12 +116,14 @@ class Story {
       bool ofDeprecated = false;
       bool asked = false; // for the local egress ACL
       std::vector< Note > notes; // of the watched pair
+      std::size_t setOff = 0; // so many of them are from before it
+      std::optional< Note > entered; // it set this off itself, if it is in its LAG after all
    };
    // Where the records of one gate's interlock are.
    struct Context {
       std::optional< Note > trigger; // what sets decisions off
       bool fresh = false; // nothing was decided since
-      bool empty = false; // its LAG has no members
+      std::set< std::string > empty; // the LAGs that it has found without members
       std::uint64_t event = 0; // its number
       std::string lag; // that was named last
       std::vector< Note > around; // messages of that LAG outside of decisions

@@ -3,6 +3,7 @@
 #include "platform/Vex/Trace.h"
 #include "replay/Numbers.h"
 #include "replay/Text.h"
+#include "replay/explain/ExplainCommandLine.h"
 
 #include <CLI/CLI.hpp>
 #include <limits>
@@ -122,6 +123,8 @@ CommandLine parseCommandLine( int argc, const char * const * argv ) {
       return { {}, app.help(), {} };
    } catch ( const CLI::CallForVersion & version ) {
       return { {}, version.what() + std::string( "\n" ), {} };
+   } catch ( const CLI::ExtrasError & ) {
+      return { {}, {}, oneLine( Explain::notExpected( app.remaining() ) ) + "; see --help" };
    } catch ( const CLI::ParseError & error ) {
       return { {}, {}, oneLine( error.what() ) + "; see --help" };
    }

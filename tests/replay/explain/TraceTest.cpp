@@ -95,6 +95,26 @@ TEST( ExplainTrace, AnEventOfALagWithoutMembersIsNoReasonToHoldOne ) {
                 HasSubstr( "because Ethernet1 entered, left or changed in PortChannel10\n" ) );
 }
 
+TEST( ExplainTrace, APortThatCameAfterTheStartIsNotDecidedByIt ) {
+   const Shown shown = explainTrace( "mlag intf PortChannel10 1 2\n"
+                                     "mlag peer-interlock on\n"
+                                     "lag PortChannel10\n"
+                                     "lag PortChannel20\n"
+                                     "start controller\n" // at the same moment
+                                     "member PortChannel10 Ethernet1\n",
+                                     thePair );
+   EXPECT_THAT( shown.out, HasSubstr( "because Ethernet1 entered, left or changed in "
+                                      "PortChannel10\n      request to the peer" ) );
+}
+
+TEST( ExplainTrace, AnEntryThatAStartFindsInALagWithoutMembersIsDecidedByIt ) {
+   const Shown shown = explainTrace( "lag PortChannel10\n"
+                                     "output egress-acl Ethernet1 PortChannel10\n"
+                                     "start basic\n",
+                                     thePair );
+   EXPECT_THAT( shown.out, HasSubstr( "because the interlock started\n" ) );
+}
+
 TEST( ExplainTrace, HowThingsStoodBefore ) {
    EXPECT_THAT(
       explainTrace( peer + "at 9\n", { "--at", "1.05", "Ethernet1", "PortChannel10" } ).out,
@@ -221,6 +241,9 @@ TEST( ExplainTrace, SaysWhatIsWrongWithItsCommandLine ) {
    };
    EXPECT_EQ( error( { "a", "b" } ), "interlock-trace: FILE is required; see explain --help\n" );
    EXPECT_THAT( error( { "--switch", "left", "a", "b", "c" } ), HasSubstr( "--switch" ) );
+   EXPECT_EQ( error( { "a", "b", "c", "d", "e\n" } ),
+              "interlock-trace: The following arguments were not expected: d e\\x0a; see explain "
+              "--help\n" );
    EXPECT_EQ( error( { "--at", "-1", "a", "b", "c" } ),
               "interlock-trace: --at: '-1'; wanted: seconds such as 12.5; see explain --help\n" );
 }

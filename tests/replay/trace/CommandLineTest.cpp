@@ -57,6 +57,13 @@ TEST( TraceCommandLine, ARepeatedNameIsOneMore ) {
    EXPECT_THAT( options->filter.functions, ElementsAre( "f", "g" ) );
 }
 
+TEST( TraceCommandLine, WordsTooManyAreToldInTheirOrder ) {
+   EXPECT_EQ( parse( { "explian", "E1", "P1", "f" } ).error,
+              "The following arguments were not expected: E1 P1 f; see --help" );
+   EXPECT_EQ( parse( { "f", "--bogus\n" } ).error,
+              "The following argument was not expected: --bogus\\x0a; see --help" );
+}
+
 TEST( TraceCommandLine, JsonlIsShortForItsOutput ) {
    EXPECT_EQ( parse( { "--jsonl", "file" } ).options->output, OutputKind::jsonLines );
 }
