@@ -81,6 +81,8 @@ class HomeSlots {
       twice.mask_ = 2 * mask_ + 1;
       if ( slots() < segmentLength ) {
          twice.first_ = newSegment( twice.slots() );
+         std::copy_n( first_.get(), slots(), twice.first_.get() );
+         moveUp( twice.first_.get(), twice.first_.get() + slots(), slots() );
       } else {
          // A segment stays the lower of two; the upper one is made where keys go there.
          twice.more_ = std::make_unique< Segment[] >( 2 * segments() - 1 ); // NOLINT(*-c-arrays)
@@ -89,9 +91,12 @@ class HomeSlots {
                twice.segmentAt( segments() + at ) = newSegment( segmentLength );
             }
          }
-      }
-      for ( std::uint32_t at = 0; at < segments(); ++at ) { // from here on nothing fails
-         twice.takeOver( *this, at );
+         for ( std::uint32_t at = 0; at < segments(); ++at ) { // from here on nothing fails
+            twice.segmentAt( at ) = std::move( segmentAt( at ) );
+            if ( const Segment & upper = twice.segmentAt( segments() + at ); upper ) {
+               moveUp( twice.segmentAt( at ).get(), upper.get(), segmentLength );
+            }
+         }
       }
       first_ = std::move( twice.first_ );
       more_ = std::move( twice.more_ );
@@ -125,35 +130,22 @@ class HomeSlots {
    // What a slot holds of a key, one bit to the left.
    Number restOf( Number key ) const noexcept { return ( key & ~Number{ mask_ } ) << 1U; }
    std::uint32_t positionMask() const noexcept { return 2 * mask_ + 1; }
-   Number withoutPosition( Number slot ) const noexcept { return slot & ~Number{ positionMask() }; }
-   Number keyOf( Number slot, std::uint32_t home ) const noexcept {
-      return ( withoutPosition( slot ) ^ used ) >> 1U | home;
-   }
 
-   // Some key of this segment has its home in the upper half of twice as many slots.
+   // The bit of a key that becomes part of its home when there are twice as many slots, where a
+   // slot has it. From then on the home tells it, and a position may have one bit more.
+   Number nextBit() const noexcept { return Number{ slots() } << 1U; }
+   // Some key of this segment goes to the upper half then.
    bool anyGoesUp( std::uint32_t segment ) const noexcept {
       const Number * const slots = segmentAt( segment ).get();
       return slots != nullptr &&
-             std::any_of( slots, slots + segmentLength, [ this ]( Number slot ) {
-                return ( slot & Number{ this->slots() } << 1U ) != 0;
-             } );
+             std::any_of( slots, slots + segmentLength,
+                          [ bit = nextBit() ]( Number slot ) { return ( slot & bit ) != 0; } );
    }
-   // The keys of one segment, which becomes one of these where it is whole.
-   void takeOver( HomeSlots & half, std::uint32_t at ) noexcept {
-      Segment segment = std::move( half.segmentAt( at ) );
-      if ( !segment ) {
-         return;
-      }
-      Number * const slots = segment.get();
-      if ( half.slots() >= segmentLength ) {
-         segmentAt( at ) = std::move( segment );
-      }
-      const std::uint32_t length = std::min( half.slots(), segmentLength );
-      for ( std::uint32_t home = at * segmentLength; home < at * segmentLength + length; ++home ) {
-         if ( const Number slot = std::exchange( slots[ home % segmentLength ], free );
-              slot != free ) {
-            const Number key = half.keyOf( slot, home );
-            put( key, half.position( slot ) );
+   void moveUp( Number * lower, Number * upper, std::uint32_t length ) const noexcept {
+      const Number bit = nextBit();
+      for ( std::uint32_t at = 0; at < length; ++at ) {
+         if ( ( lower[ at ] & bit ) != 0 ) {
+            upper[ at ] = std::exchange( lower[ at ], free ) ^ bit;
          }
       }
    }
