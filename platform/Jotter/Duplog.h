@@ -31,7 +31,8 @@ class Duplog {
          static constinit std::atomic< DescriptorId > descriptor{ 0 };
          DescriptorId id = descriptor.load( std::memory_order_relaxed );
          if ( id == 0 ) [[unlikely]] {
-            id = describe( site.line, site.function, level, pieces... );
+            id =
+               describe< Vex::HandedOn< Pieces >... >( site.line, site.function, level, pieces... );
             descriptor.store( id, std::memory_order_relaxed );
          }
          file->write( id, pieces... );
@@ -46,7 +47,7 @@ class Duplog {
    [[gnu::noinline, gnu::cold]] DescriptorId describe( std::uint32_t line,
                                                        std::string_view function,
                                                        unsigned level,
-                                                       const Pieces &... pieces ) const noexcept {
+                                                       Pieces... pieces ) const noexcept {
       try {
          Descriptor descriptor{ Vex::String( text_.source() ),
                                 line,

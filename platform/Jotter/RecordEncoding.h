@@ -49,8 +49,22 @@ inline void addPiece( std::vector< Piece > & pieces, Vex::Seconds ) {
    pieces.push_back( { PieceKind::time, {} } );
 }
 
+// The argument that a piece is, or nothing.
+template < std::size_t size >
+constexpr std::tuple<> argumentOf( const char ( & /* literal */ )[ size ] ) noexcept {
+   return {};
+}
+inline std::tuple<> argumentOf( const Vex::String & /* prefix */ ) noexcept {
+   return {};
+}
+constexpr std::tuple< Nodo::IntfId > argumentOf( Nodo::IntfId intf ) noexcept {
+   return { intf };
+}
 template < class T >
-inline constexpr bool isArgument = !std::is_array_v< T > && !std::same_as< T, Vex::String >;
+   requires std::same_as< T, bool > || Number< T > || std::same_as< T, Vex::Seconds >
+constexpr std::tuple< T > argumentOf( T value ) noexcept {
+   return { value };
+}
 
 /// The arguments of a record of one cell. They are put together word by word, each word out of the
 /// words of its parts, and not byte by byte in memory: to read back in words what has just been
@@ -60,12 +74,7 @@ class ShortArguments {
    static constexpr std::size_t room = Layout::inlineArgumentBytes;
    using Words = std::array< std::uint64_t, room / sizeof( std::uint64_t ) >;
 
-   // Each adds its argument, if it is one. False: there is no room, and all of this is void.
-   template < std::size_t size >
-   constexpr bool add( const char ( & )[ size ] ) noexcept {
-      return true;
-   }
-   static bool add( const Vex::String & /* prefix */ ) noexcept { return true; }
+   // Each adds an argument. False: there is no room, and all of this is void.
    bool add( Nodo::IntfId intf ) noexcept { return add( intf.name() ); }
    bool add( const Nodo::InternedName & name ) noexcept {
       // A text that has no such form counts as 256 bytes, and so has no room here.
@@ -132,14 +141,6 @@ inline constexpr std::size_t longestArgument =
 template < class... Pieces >
 inline constexpr std::size_t longestRecord = ( std::size_t{ 0 } + ... + longestArgument< Pieces > );
 
-template < std::size_t size >
-constexpr std::size_t encodedSize( const char ( & )[ size ] ) noexcept {
-   return 0;
-}
-inline std::size_t encodedSize( const Vex::String & ) noexcept {
-   return 0;
-}
-inline std::size_t encodedSize( Nodo::IntfId intf ) noexcept;
 constexpr std::size_t encodedSize( std::same_as< bool > auto ) noexcept {
    return 1;
 }
@@ -162,14 +163,7 @@ inline std::size_t encodedSize( Nodo::IntfId intf ) noexcept {
 /// Writes a text of 255 bytes or more; returns its end.
 VEX_EXPORT std::byte * encodeLongText( std::byte * to, std::string_view text ) noexcept;
 
-// Each writes its argument, if it is one, and returns the end of what it has written.
-template < std::size_t size >
-constexpr std::byte * encode( std::byte * to, const char ( & )[ size ] ) noexcept {
-   return to;
-}
-inline std::byte * encode( std::byte * to, const Vex::String & ) noexcept {
-   return to;
-}
+// Each writes an argument and returns the end of what it has written.
 inline std::byte * encode( std::byte * to, Nodo::IntfId intf ) noexcept {
    const std::string_view text = intf.stringValue();
    if ( text.size() >= Layout::longTextMark ) {

@@ -25,6 +25,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <tuple>
 
 namespace Jotter {
 
@@ -55,17 +56,15 @@ class VEX_EXPORT TraceFile {
    /// are recorded (platform/Jotter/RecordEncoding.h).
    template < class... Pieces >
    void write( DescriptorId descriptor, const Pieces &... pieces ) noexcept {
-      if constexpr ( ( isArgument< Pieces > || ... ) ) {
-         ShortArguments arguments;
-         if ( ( arguments.add( pieces ) && ... ) ) [[likely]] {
-            const auto [ a, b, c, d ] = arguments.words();
-            writeShort( Layout::siteWord( descriptor, arguments.size() ), a, b, c, d );
-         } else {
-            encodeAndWriteLong( descriptor, pieces... );
-         }
-      } else {
-         writeBare( descriptor );
-      }
+      std::apply(
+         [ & ]< class... Arguments >( Arguments... arguments ) {
+            if constexpr ( sizeof...( Arguments ) == 0 ) {
+               writeBare( descriptor );
+            } else {
+               writeArguments( descriptor, arguments... );
+            }
+         },
+         std::tuple_cat( argumentOf( pieces )... ) );
    }
 
    /// Makes a descriptor known to readers of this file; a known one is left as it is. Descriptors
@@ -97,14 +96,26 @@ class VEX_EXPORT TraceFile {
       return *reinterpret_cast< Layout::Header * >( base_ );
    }
 
-   template < class... Pieces >
+   // One function for all messages with such arguments, so that those that trace are short.
+   template < class... Arguments >
+   [[gnu::noinline]] void writeArguments( DescriptorId descriptor,
+                                          Arguments... arguments ) noexcept {
+      ShortArguments words;
+      if ( ( words.add( arguments ) && ... ) ) [[likely]] {
+         const auto [ a, b, c, d ] = words.words();
+         writeShort( Layout::siteWord( descriptor, words.size() ), a, b, c, d );
+      } else {
+         encodeAndWriteLong( descriptor, arguments... );
+      }
+   }
+   template < class... Arguments >
    [[gnu::noinline, gnu::cold]] void encodeAndWriteLong( DescriptorId descriptor,
-                                                         const Pieces &... pieces ) noexcept {
-      const std::size_t size = ( std::size_t{ 0 } + ... + encodedSize( pieces ) );
-      std::array< std::byte, longestRecord< Pieces... > > arguments; // NOLINT: filled below
-      [[maybe_unused]] auto * end = arguments.data();
-      ( ( end = encode( end, pieces ) ), ... );
-      writeLong( descriptor, std::span( arguments ).first( size ) );
+                                                         Arguments... arguments ) noexcept {
+      const std::size_t size = ( std::size_t{ 0 } + ... + encodedSize( arguments ) );
+      std::array< std::byte, longestRecord< Arguments... > > encoded; // NOLINT: filled below
+      auto * end = encoded.data();
+      ( ( end = encode( end, arguments ) ), ... );
+      writeLong( descriptor, std::span( encoded ).first( size ) );
    }
 
    // All that changes from record to record goes in registers.

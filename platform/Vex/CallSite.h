@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <source_location>
 #include <string_view>
+#include <type_traits>
 
 namespace Vex {
 
@@ -51,5 +52,14 @@ consteval CallSite< level, decltype( unique ) > at(
    std::source_location where = std::source_location::current() ) {
    return { where.line(), bareFunctionName( where.function_name() ) };
 }
+
+/// How a piece of a message is handed on to code that rarely runs: small ones by value. By reference
+/// they would have to be in memory, for messages that nobody wants.
+template < class Piece >
+using HandedOn =
+   std::conditional_t< std::is_trivially_copyable_v< Piece > && !std::is_array_v< Piece > &&
+                          sizeof( Piece ) <= sizeof( void * ),
+                       Piece,
+                       const Piece & >;
 
 } // namespace Vex

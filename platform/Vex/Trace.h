@@ -118,12 +118,19 @@ class VEX_EXPORT TextTrace {
    template < unsigned level, class Unique, class... Pieces >
    void operator()( CallSite< level, Unique > site, const Pieces &... pieces ) const noexcept {
       if ( handle_.enabled( level ) ) [[unlikely]] {
-         const std::array< TracePiece, sizeof...( Pieces ) > erased{ tracePiece( pieces )... };
-         write( { source_, site.line, site.function, level, {} }, erased );
+         writeOut< level, HandedOn< Pieces >... >( site.line, site.function, pieces... );
       }
    }
 
  private:
+   // Kept out of the way of those that trace.
+   template < unsigned level, class... Pieces >
+   [[gnu::noinline, gnu::cold]] void writeOut( std::uint32_t line,
+                                               std::string_view function,
+                                               Pieces... pieces ) const noexcept {
+      const std::array< TracePiece, sizeof...( Pieces ) > erased{ tracePiece( pieces )... };
+      write( { source_, line, function, level, {} }, erased );
+   }
    static void write( TraceRecord record, std::span< const TracePiece > pieces ) noexcept;
 
    TraceHandle & handle_;
