@@ -95,19 +95,11 @@ class VEX_EXPORT Entity : public Object {
 
    /// Tells the notifiees; the last thing that a mutator does.
    void notify( Attribute attribute, const Key & key = Key() ) const {
-      Receiver * const first = first_;
-      if ( first == nullptr && !others_ ) {
-         return;
-      }
-      const Delivery delivery( *this );
-      const std::size_t others = others_ ? others_->size() : 0; // later ones hear of later changes
-      if ( first != nullptr ) {
-         first->onAttribute( attribute, key );
-      }
-      for ( std::size_t at = 0; at < others; ++at ) {
-         if ( Receiver * const receiver = ( *others_ )[ at ]; receiver != nullptr ) {
-            receiver->onAttribute( attribute, key );
-         }
+      if ( others_ ) [[unlikely]] {
+         notifyAll( attribute, key );
+      } else if ( first_ != nullptr ) {
+         const Delivery delivery( *this );
+         first_->onAttribute( attribute, key ); // others may come meanwhile, and are not told
       }
    }
 
@@ -133,6 +125,20 @@ class VEX_EXPORT Entity : public Object {
       EventScope event_; // ends last, behind the farewell
       const Entity & entity_;
    };
+
+   // Not inline, so that a notification to one is short.
+   [[gnu::noinline]] void notifyAll( Attribute attribute, const Key & key ) const {
+      const Delivery delivery( *this );
+      const std::size_t others = others_->size(); // later ones hear of later changes
+      if ( first_ != nullptr ) {
+         first_->onAttribute( attribute, key );
+      }
+      for ( std::size_t at = 0; at < others; ++at ) {
+         if ( Receiver * const receiver = ( *others_ )[ at ]; receiver != nullptr ) {
+            receiver->onAttribute( attribute, key );
+         }
+      }
+   }
 
    // Ends a delivery that is a nested one, or that somebody left. Not inline, so that the end of
    // the usual one is.
