@@ -66,8 +66,8 @@ bool MlagEgressAclIntfPeerInterlockSm::isMlagIntf( Nodo::IntfId lag ) const {
 
 bool MlagEgressAclIntfPeerInterlockSm::shouldInstallEgressAcl( Nodo::IntfId lag ) {
    duplog( Vex::at< 0 >(), smName(), "shouldInstallEgressAcl", " lag : ", lag );
-   VEX_ASSERT( mlagStatus()->intfStatus( lag ) );
-   return mlagStatus()->intfStatus( lag ).peerState == Mlag::IntfState::active;
+   const Mlag::IntfStatus & status = VEX_ASSERTED( mlagStatus()->intfStatus( lag ) );
+   return status.peerState == Mlag::IntfState::active;
 }
 
 void MlagEgressAclIntfPeerInterlockSm::handleMember( Nodo::IntfId member, Nodo::IntfId lag ) {

@@ -13,6 +13,18 @@ namespace Vex {
                                               const char * file,
                                               unsigned line ) noexcept;
 
+namespace Detail {
+
+template < class T >
+T & asserted( T & object, const char * expression, const char * file, unsigned line ) noexcept {
+   if ( !static_cast< bool >( object ) ) {
+      assertionFailed( expression, file, line );
+   }
+   return object; // NOLINT(bugprone-return-const-ref-from-parameter): no temporary is a T &
+}
+
+} // namespace Detail
+
 } // namespace Vex
 
 // A macro, because only the preprocessor can give the text of the tested expression.
@@ -20,3 +32,6 @@ namespace Vex {
    ( static_cast< bool >( __VA_ARGS__ )                                                            \
         ? static_cast< void >( 0 )                                                                 \
         : ::Vex::assertionFailed( #__VA_ARGS__, __FILE__, __LINE__ ) )
+// The same, and then the tested object, where looking for it once more would cost time.
+#define VEX_ASSERTED( ... )                                                                        \
+   ( ::Vex::Detail::asserted( __VA_ARGS__, #__VA_ARGS__, __FILE__, __LINE__ ) )

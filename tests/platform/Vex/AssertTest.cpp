@@ -3,6 +3,7 @@
 #include <csignal>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -35,6 +36,24 @@ TEST( AssertDeathTest, AFailedAssertionPrintsTheExpressionAsWrittenWithFileAndLi
 
 TEST( AssertDeathTest, AnExpressionWithCommasIsOneExpression ) {
    EXPECT_DEATH( VEX_ASSERT( twoAreEqual( 1, 2 ) ), "assertion failed: twoAreEqual\\( 1, 2 \\)" );
+}
+
+TEST( AssertTest, WhatIsAssertedIsTheTestedObjectItselfEvaluatedOnce ) {
+   const std::vector< int > two{ 1, 2 };
+   int evaluations = 0;
+   const auto second = [ & ]() -> const int & {
+      ++evaluations;
+      return two[ 1 ];
+   };
+   EXPECT_EQ( &VEX_ASSERTED( second() ), &two[ 1 ] );
+   EXPECT_EQ( evaluations, 1 );
+}
+
+TEST( AssertDeathTest, WhatIsAssertedAndDoesNotHoldPrintsTheExpressionWithFileAndLine ) {
+   const std::vector< int > none{ 0, 0 };
+   EXPECT_DEATH( static_cast< void >( VEX_ASSERTED( none.at( 1 ) ) ),
+                 "^tests/platform/Vex/AssertTest.cpp:[0-9]+: assertion failed: "
+                 "none.at\\( 1 \\)\n$" );
 }
 
 TEST( AssertDeathTest, AFailedAssertionAborts ) {
