@@ -53,14 +53,14 @@ class EntryChunks {
       for ( std::uint32_t chunk = capacity_ / chunkLength; chunk > 1; --chunk ) {
          destroy( more_[ chunk - 2 ], chunkLength );
       }
-      destroy( first_, firstLength() );
+      destroy( first_, std::min( capacity_, chunkLength ) );
    }
 
    /// The keys of the first chunk, sixteen at least; null as long as there was never room.
-   const Number * firstKeys() const noexcept { return keysOf( first_, firstLength() ); }
+   const Number * firstKeys() const noexcept { return firstKeys_; }
    Number & key( std::uint32_t at ) noexcept {
       return at < chunkLength
-                ? keysOf( first_, firstLength() )[ at ]
+                ? firstKeys_[ at ]
                 : keysOf( more_[ at / chunkLength - 1 ], chunkLength )[ at % chunkLength ];
    }
    const Number & key( std::uint32_t at ) const noexcept {
@@ -86,8 +86,7 @@ class EntryChunks {
                 ? std::min( chunkLength, std::max( keysScanned, 2 * capacity_ ) )
                 : capacity_ + chunkLength;
    }
-   // Not inline, so that an insertion that finds room is short.
-   [[gnu::noinline]] void grow() {
+   void grow() {
       if ( capacity_ < chunkLength ) {
          growFirstChunk();
       } else {
@@ -131,17 +130,16 @@ class EntryChunks {
       ::operator delete( chunk );
    }
 
-   std::uint32_t firstLength() const noexcept { return std::min( capacity_, chunkLength ); }
-
    void growFirstChunk() {
       const std::uint32_t capacity = nextCapacity();
       Chunk first = create( capacity );
-      std::copy_n( keysOf( first_, capacity_ ), capacity_, keysOf( first, capacity ) );
+      std::copy_n( firstKeys_, capacity_, keysOf( first, capacity ) );
       if constexpr ( valueBytes != 0 ) {
          std::move( valuesOf( first_ ), valuesOf( first_ ) + capacity_, valuesOf( first ) );
       }
       destroy( first_, capacity_ );
       first_ = first;
+      firstKeys_ = keysOf( first, capacity );
       capacity_ = capacity;
    }
 
@@ -158,8 +156,9 @@ class EntryChunks {
       capacity_ += chunkLength;
    }
 
-   Chunk first_ = nullptr;
    std::unique_ptr< Chunk[] > more_; // NOLINT(modernize-avoid-c-arrays): chunks behind the first
+   Chunk first_ = nullptr;
+   Number * firstKeys_ = nullptr; // in it, because where depends on its length
    std::uint32_t capacity_ = 0;
    [[no_unique_address]] std::conditional_t< std::is_empty_v< Value >, Value, std::true_type >
       empty_;

@@ -45,12 +45,12 @@ class EntryStore {
 
    /// So many are worth a scan.
    static constexpr std::uint32_t scanned = 2 * keysScanned;
-   /// Where `key` is live, or none; where no more are in use than are worth it.
+   /// Where `key` is live, or none; where no more are in use, or ever were, than are worth it.
    std::uint32_t scan( Number key ) const noexcept {
-      const Number * keys = chunks_.firstKeys();
+      const Number * const keys = chunks_.firstKeys();
       for ( std::uint32_t at = 0; at < used_; at += keysScanned ) {
          const std::uint32_t matches = matchesOfSixteen( keys + at, key );
-         const auto live = static_cast< std::uint32_t >( marks_[ 0 ] >> at ) & matches;
+         const auto live = static_cast< std::uint32_t >( nearMarks_ >> at ) & matches;
          if ( live != 0 ) {
             return at + static_cast< std::uint32_t >( std::countr_zero( live ) );
          }
@@ -100,9 +100,8 @@ class EntryStore {
 
    /// Makes room for one more entry.
    void makeRoom() {
-      if ( used_ == chunks_.capacity() ) {
-         makeMarks( chunks_.nextCapacity() );
-         chunks_.grow();
+      if ( used_ == chunks_.capacity() ) [[unlikely]] {
+         grow();
       }
    }
    /// Adds a live entry, for which there is room, behind the others.
@@ -137,6 +136,12 @@ class EntryStore {
 
    static constexpr std::uint32_t wordsFor( std::uint32_t entries ) noexcept {
       return ( entries + wordBits - 1 ) / wordBits;
+   }
+
+   // Not inline, so that an insertion that finds room is short.
+   [[gnu::noinline]] void grow() {
+      makeMarks( chunks_.nextCapacity() );
+      chunks_.grow();
    }
 
    // There are marks for the next power of two of what there is room for.
@@ -178,10 +183,11 @@ class EntryStore {
       chunks_.giveBack( used );
    }
 
-   std::uint64_t nearMarks_ = 0;
    std::uint64_t * marks_ = &nearMarks_; // one bit a position; 0: a hole. Owned unless near
+   // What a scan looks at lies together.
    [[no_unique_address]] Chunks chunks_; // leaves room at its end for what follows
    std::uint32_t used_ = 0;
+   std::uint64_t nearMarks_ = 0;
 };
 
 } // namespace Vex

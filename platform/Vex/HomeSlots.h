@@ -30,7 +30,7 @@ class HomeSlots {
    /// None.
    HomeSlots() noexcept = default;
    /// So many, a power of two and at most a segment.
-   explicit HomeSlots( std::uint32_t slots ) : first_( newSegment( slots ) ), mask_( slots - 1 ) {}
+   explicit HomeSlots( std::uint32_t slots ) : mask_( slots - 1 ), first_( newSegment( slots ) ) {}
 
    bool empty() const noexcept { return mask_ == 0; }
    std::uint32_t slots() const noexcept { return mask_ + 1; }
@@ -64,13 +64,28 @@ class HomeSlots {
          segment = newSegment( segmentLength );
       }
    }
-   /// There is memory for the home of `key`.
-   bool hasRoom( Number key ) const noexcept {
-      return segmentAt( homeOf( key ) / segmentLength ) != nullptr;
+   /// The home of `key`, if there is memory for it and it is free; null otherwise.
+   Number * freeHome( Number key ) noexcept {
+      const std::uint32_t home = homeOf( key );
+      Number * slot = &first_[ home ];
+      if ( home >= segmentLength ) [[unlikely]] {
+         Number * const segment = more_[ home / segmentLength - 1 ].get();
+         if ( segment == nullptr ) {
+            return nullptr;
+         }
+         slot = &segment[ home % segmentLength ];
+      }
+      return *slot == free ? slot : nullptr;
    }
-   /// Enters `key` in its home, for which there is memory, and which is free or its own.
-   void put( Number key, std::uint32_t position ) noexcept {
-      home( key ) = restOf( key ) | used | position;
+   /// Enters `key` in its home, which is free or its own.
+   void put( Number & home, Number key, std::uint32_t position ) noexcept {
+      home = restOf( key ) | used | position;
+   }
+   /// The same, where there is memory for it.
+   void put( Number key, std::uint32_t position ) noexcept { put( home( key ), key, position ); }
+   /// The entry of `key`, which is in its home, has moved.
+   void move( Number key, std::uint32_t from, std::uint32_t to ) noexcept {
+      home( key ) ^= from ^ to;
    }
    /// Removes `key` from its home.
    void remove( Number key ) noexcept { home( key ) = free; }
@@ -150,9 +165,9 @@ class HomeSlots {
       }
    }
 
+   std::uint32_t mask_ = 0;
    Segment first_;
    std::unique_ptr< Segment[] > more_; // NOLINT(modernize-avoid-c-arrays): null where no key is
-   std::uint32_t mask_ = 0;
 };
 
 } // namespace Vex

@@ -64,11 +64,23 @@ class KeyMap {
 
    std::size_t size() const noexcept { return liveCount_; }
    bool empty() const noexcept { return liveCount_ == 0; }
-   bool has( const Key & key ) const noexcept { return place( key.packed() ) != none; }
+   bool has( const Key & key ) const noexcept {
+      const Stored stored = key.packed();
+      if ( !index_.empty() && index_.holds( index_.slot( stored ), stored ) ) {
+         return true;
+      }
+      return placeElsewhere( stored ) != none;
+   }
 
    /// The value under `key`, or null; valid until the next mutation, or the end of a pass.
    const Value * find( const Key & key ) const noexcept {
-      const std::uint32_t found = place( key.packed() );
+      const Stored stored = key.packed();
+      if ( !index_.empty() ) {
+         if ( const Stored slot = index_.slot( stored ); index_.holds( slot, stored ) ) [[likely]] {
+            return &entries_.value( index_.position( slot ) );
+         }
+      }
+      const std::uint32_t found = placeElsewhere( stored );
       return found != none ? &entries_.value( found ) : nullptr;
    }
    /// A copy of the value under `key`, or a default one.
@@ -103,11 +115,12 @@ class KeyMap {
    /// Removes `key` and returns its value; nothing when it is absent.
    std::optional< Value > take( const Key & key ) {
       const Stored stored = key.packed(); // first: the key may be part of the value
-      const std::uint32_t found = place( stored );
+      const std::uint32_t found =
+         index_.empty() ? entries_.scan( stored ) : index_.take( stored, keyAt() );
       if ( found == none ) {
          return std::nullopt;
       }
-      std::optional< Value > taken( remove( stored, found ) );
+      std::optional< Value > taken( remove( found ) );
       closeHoles();
       return taken;
    }
@@ -156,15 +169,17 @@ class KeyMap {
    std::uint32_t place( Stored key ) const noexcept {
       return index_.empty() ? entries_.scan( key ) : index_.find( key, keyAt() );
    }
+   // The place of a key that is not found at home. Not inline, so that finding one there is.
+   [[gnu::noinline]] std::uint32_t placeElsewhere( Stored key ) const noexcept {
+      return index_.empty() ? entries_.scan( key ) : index_.findAway( key, keyAt() );
+   }
    auto keyAt() const noexcept {
       return [ this ]( std::uint32_t position ) { return entries_.key( position ); };
    }
 
-   Value remove( Stored key, std::uint32_t position ) noexcept {
+   // Of an entry that the index has no more.
+   Value remove( std::uint32_t position ) noexcept {
       entries_.makeHole( position );
-      if ( !index_.empty() ) {
-         index_.remove( key, position );
-      }
       --liveCount_;
       return std::exchange( entries_.value( position ), Value() );
    }
@@ -174,7 +189,10 @@ class KeyMap {
       ++passes_; // so that nothing moves
       for ( std::uint32_t at = 0; at < entries_.used(); ++at ) {
          if ( entries_.live( at ) ) {
-            static_cast< void >( remove( entries_.key( at ), at ) );
+            if ( !index_.empty() ) {
+               index_.take( entries_.key( at ), keyAt() );
+            }
+            static_cast< void >( remove( at ) );
          }
       }
    }
@@ -182,6 +200,19 @@ class KeyMap {
    // All that can throw comes before the first change that shows.
    void append( Stored key, Value && value ) {
       VEX_ASSERT( isStoredKey( key ) );
+      Stored * const home = index_.empty() ? nullptr : index_.freeHome( key, entries_.used() );
+      if ( home != nullptr ) [[likely]] {
+         entries_.makeRoom();
+         index_.enter( *home, key, entries_.used() );
+      } else {
+         makeRoom( key );
+      }
+      entries_.add( key, std::move( value ) );
+      ++liveCount_;
+   }
+
+   // Makes room where there may be none in the index, and enters the key there.
+   [[gnu::noinline]] void makeRoom( Stored key ) {
       if ( index_.empty() ) {
          if ( entries_.used() >= scanLimit ) {
             endScanning();
@@ -191,13 +222,11 @@ class KeyMap {
       }
       if ( index_.empty() ) {
          entries_.makeRoom();
-      } else {
-         index_.makeRoom( key, entries_.used(), keyAt() );
-         entries_.makeRoom();
-         index_.add( key, entries_.used() );
+         return;
       }
-      entries_.add( key, std::move( value ) );
-      ++liveCount_;
+      index_.makeRoom( key, entries_.used(), keyAt() );
+      entries_.makeRoom();
+      index_.add( key, entries_.used() );
    }
 
    // Closing the holes gives room enough where a quarter would be free; otherwise there will be an
@@ -236,10 +265,11 @@ class KeyMap {
       }
    }
 
-   Index index_; // empty: scan
+   // In this order what finding a key looks at fits one cache line: a switch has many small ones.
    EntryStore< Stored, Value > entries_;
    std::uint32_t liveCount_ = 0;
    mutable std::uint32_t passes_ = 0;
+   Index index_; // empty: scan
 };
 
 template < PackedKey Key >

@@ -37,57 +37,42 @@ class PositionIndex {
       return homes_.hasPosition( position );
    }
 
-   /// The position of `key`, or none.
-   template < class KeyAt >
-   std::uint32_t find( Number key, const KeyAt & keyAt ) const noexcept {
-      if ( const Number slot = homes_.slot( key ); homes_.holds( slot, key ) ) [[likely]] {
-         return homes_.position( slot );
-      }
-      return away_ && away_->size() != 0 ? findAway( key, keyAt ) : none;
-   }
+   /// What is in the home of `key`. There are homes.
+   Number slot( Number key ) const noexcept { return homes_.slot( key ); }
+   /// It is `key`, as it nearly always is where `key` is there at all.
+   bool holds( Number slot, Number key ) const noexcept { return homes_.holds( slot, key ); }
+   /// The position of the key that is in this home.
+   std::uint32_t position( Number slot ) const noexcept { return homes_.position( slot ); }
 
-   /// Makes room for `key`, which is not there, at `position`.
+   /// The position of `key`, which is not at home, or none.
    template < class KeyAt >
-   void makeRoom( Number key, std::uint32_t position, const KeyAt & keyAt ) {
-      if ( !homes_.isFree( homes_.slot( key ) ) || !homes_.hasRoom( key ) ||
-           !homes_.hasPosition( position ) ) [[unlikely]] {
-         makeMoreRoom( key, position, keyAt );
+   std::uint32_t findAway( Number key, const KeyAt & keyAt ) const noexcept {
+      if ( !away_ || away_->size() == 0 ) {
+         return none;
       }
-   }
-   /// Adds a key that is not there, and for which there is room.
-   void add( Number key, std::uint32_t position ) noexcept {
-      if ( homes_.isFree( homes_.slot( key ) ) ) [[likely]] {
-         homes_.put( key, position );
-      } else {
-         away_->add( key, position );
-      }
-   }
-   /// Removes the key whose entry is at `position`.
-   void remove( Number key, std::uint32_t position ) noexcept {
-      if ( homes_.holds( homes_.slot( key ), key ) ) [[likely]] {
-         homes_.remove( key );
-      } else {
-         away_->remove( away_->find( key, position ) );
-      }
-   }
-   /// The entry of `key` has moved.
-   void move( Number key, std::uint32_t from, std::uint32_t to ) noexcept {
-      if ( homes_.holds( homes_.slot( key ), key ) ) [[likely]] {
-         homes_.put( key, to );
-      } else {
-         away_->positionIs( away_->find( key, from ), to );
-      }
-   }
-
- private:
-   // Not inline, as all that is rare.
-   template < class KeyAt >
-   [[gnu::noinline]] std::uint32_t findAway( Number key, const KeyAt & keyAt ) const noexcept {
       const std::uint32_t slot = away_->find( key, keyAt );
       return slot != AwayKeys< Number >::none ? away_->position( slot ) : none;
    }
+   /// The position of `key`, or none.
    template < class KeyAt >
-   [[gnu::noinline]] void makeMoreRoom( Number key, std::uint32_t position, const KeyAt & keyAt ) {
+   std::uint32_t find( Number key, const KeyAt & keyAt ) const noexcept {
+      const Number there = slot( key );
+      return holds( there, key ) ? position( there ) : findAway( key, keyAt );
+   }
+
+   /// The home of `key`, which is not there, if it can be entered there with this position; null
+   /// otherwise.
+   Number * freeHome( Number key, std::uint32_t position ) noexcept {
+      return homes_.hasPosition( position ) ? homes_.freeHome( key ) : nullptr;
+   }
+   /// Enters `key` in its free home.
+   void enter( Number & home, Number key, std::uint32_t position ) noexcept {
+      homes_.put( home, key, position );
+   }
+
+   /// Makes room for `key`, which is not there, at `position`, wherever that may be.
+   template < class KeyAt >
+   void makeRoom( Number key, std::uint32_t position, const KeyAt & keyAt ) {
       while ( !homes_.hasPosition( position ) || crowded( key, position ) ) {
          homes_.grow();
          bringHome( keyAt );
@@ -100,6 +85,43 @@ class PositionIndex {
          away_ = std::make_unique< AwayKeys< Number > >();
       }
       away_->makeRoom( keyAt );
+   }
+   /// Adds a key that is not there, and for which there is room.
+   void add( Number key, std::uint32_t position ) noexcept {
+      if ( homes_.isFree( homes_.slot( key ) ) ) {
+         homes_.put( key, position );
+      } else {
+         away_->add( key, position );
+      }
+   }
+
+   /// Removes `key`; the position that it had, or none where it was not there.
+   template < class KeyAt >
+   std::uint32_t take( Number key, const KeyAt & keyAt ) noexcept {
+      if ( const Number there = slot( key ); holds( there, key ) ) [[likely]] {
+         homes_.remove( key );
+         return position( there );
+      }
+      return takeAway( key, keyAt );
+   }
+   /// The entry of `key` has moved.
+   void move( Number key, std::uint32_t from, std::uint32_t to ) noexcept {
+      if ( homes_.holds( homes_.slot( key ), key ) ) [[likely]] {
+         homes_.move( key, from, to );
+      } else {
+         away_->positionIs( away_->find( key, from ), to );
+      }
+   }
+
+ private:
+   // Not inline, as it is rare.
+   template < class KeyAt >
+   [[gnu::noinline]] std::uint32_t takeAway( Number key, const KeyAt & keyAt ) noexcept {
+      const std::uint32_t position = findAway( key, keyAt );
+      if ( position != none ) {
+         away_->remove( away_->find( key, position ) );
+      }
+      return position;
    }
 
    // One more key away would be too many: then there would be one for every fourth slot, or for

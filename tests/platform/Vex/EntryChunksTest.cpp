@@ -99,7 +99,7 @@ TEST( EntryChunksTest, ValuesWithoutContentTakeNoRoom ) {
    keys.grow();
    EXPECT_EQ( keys.value( 0 ), Vex::NoValue() );
    EXPECT_EQ( KeysAlone::valueBytes, 0 );
-   EXPECT_EQ( sizeof( keys ), 3 * sizeof( void * ) );
+   EXPECT_EQ( sizeof( keys ), 4 * sizeof( void * ) );
 }
 
 } // namespace

@@ -63,6 +63,23 @@ TEST( HomeSlotsTest, AKeyMayGetAnotherPosition ) {
    put( slots, lag( 7 ) | 5, 1 );
    slots.put( lag( 7 ) | 5, 2 );
    EXPECT_EQ( position( slots, lag( 7 ) | 5 ), 2 );
+   slots.move( lag( 7 ) | 5, 2, 127 );
+   EXPECT_EQ( position( slots, lag( 7 ) | 5 ), 127 );
+   slots.move( lag( 7 ) | 5, 127, 0 );
+   EXPECT_EQ( position( slots, lag( 7 ) | 5 ), 0 );
+}
+
+TEST( HomeSlotsTest, AFreeHomeIsThatOfTheKeyAndATakenOneIsNotFree ) {
+   Wide slots( 64 );
+   std::uint64_t * const home = slots.freeHome( lag( 7 ) | 5 );
+   ASSERT_NE( home, nullptr );
+   EXPECT_EQ( slots.freeHome( 5 ), home );
+   EXPECT_NE( slots.freeHome( 6 ), home );
+   slots.put( *home, lag( 7 ) | 5, 9 );
+   EXPECT_EQ( position( slots, lag( 7 ) | 5 ), 9 );
+   EXPECT_EQ( position( slots, std::uint64_t{ 5 } ), -1 );
+   EXPECT_EQ( slots.freeHome( 5 ), nullptr );
+   EXPECT_EQ( slots.freeHome( lag( 7 ) | 5 ), nullptr );
 }
 
 TEST( HomeSlotsTest, HavePositionsForTwiceAsManyEntriesAsSlots ) {
@@ -128,13 +145,14 @@ TEST( HomeSlotsTest, HaveMemoryOnlyWhereKeysAre ) {
       slots.grow();
    }
    for ( std::uint32_t segment = 0; segment < 8; ++segment ) {
-      EXPECT_EQ( slots.hasRoom( segment * Narrow::segmentLength ), segment <= 1 ) << segment;
+      EXPECT_EQ( slots.freeHome( segment * Narrow::segmentLength ) != nullptr, segment <= 1 )
+         << segment;
       EXPECT_TRUE( slots.isFree( slots.slot( segment * Narrow::segmentLength ) ) );
    }
    slots.makeRoom( 3 * Narrow::segmentLength + 1 );
    slots.makeRoom( 3 * Narrow::segmentLength + 1 );
-   EXPECT_TRUE( slots.hasRoom( 3 * Narrow::segmentLength ) );
-   EXPECT_FALSE( slots.hasRoom( 4 * Narrow::segmentLength ) );
+   EXPECT_NE( slots.freeHome( 3 * Narrow::segmentLength ), nullptr );
+   EXPECT_EQ( slots.freeHome( 4 * Narrow::segmentLength ), nullptr );
 }
 
 TEST( HomeSlotsTest, AgreeWithAMapWhileTheyGrow ) {

@@ -35,7 +35,11 @@ class PositionIndexTest : public testing::Test {
       const std::uint32_t position = index.find( key, keyAt() );
       return position != Index::none ? static_cast< int >( position ) : -1;
    }
-   void remove( std::uint64_t key ) { index.remove( key, index.find( key, keyAt() ) ); }
+   // The position that `key` had, or -1.
+   int take( std::uint64_t key ) {
+      const std::uint32_t position = index.take( key, keyAt() );
+      return position != Index::none ? static_cast< int >( position ) : -1;
+   }
 
    Index index{ 64 };
    std::vector< std::uint64_t > keys;
@@ -81,12 +85,14 @@ TEST_F( PositionIndexTest, AKeyWhoseHomeIsTakenIsToldApartByItsEntry ) {
 TEST_F( PositionIndexTest, AKeyThatIsAwayIsFoundWhenTheOneAtItsHomeHasGone ) {
    add( 3 );
    add( 3 + 64 );
-   remove( 3 );
+   EXPECT_EQ( take( 3 ), 0 );
+   EXPECT_EQ( take( 3 ), -1 );
    EXPECT_EQ( position( 3 ), -1 );
    EXPECT_EQ( position( 3 + 64 ), 1 );
    add( 3 );
    EXPECT_EQ( position( 3 ), 2 );
-   remove( 3 + 64 );
+   EXPECT_EQ( take( 3 + 64 ), 1 );
+   EXPECT_EQ( take( 3 + 64 ), -1 );
    EXPECT_EQ( position( 3 + 64 ), -1 );
    EXPECT_EQ( position( 3 ), 2 );
 }
@@ -123,6 +129,15 @@ TEST_F( PositionIndexTest, KeysThatAllWantTheSameHomeAreFoundWithFewLooks ) {
    EXPECT_LT( looks, 10'000 * 4 );
 }
 
+TEST_F( PositionIndexTest, AFreeHomeIsEnteredOnlyWithAPositionThatFits ) {
+   EXPECT_EQ( index.freeHome( 1, 128 ), nullptr );
+   std::uint64_t * const home = index.freeHome( 1, 127 );
+   ASSERT_NE( home, nullptr );
+   index.enter( *home, 1, 127 );
+   EXPECT_EQ( position( 1 ), 127 );
+   EXPECT_EQ( index.freeHome( 1 + 64, 0 ), nullptr );
+}
+
 TEST_F( PositionIndexTest, GrowsForAPositionThatIsTooHigh ) {
    EXPECT_TRUE( index.hasPosition( 127 ) );
    EXPECT_FALSE( index.hasPosition( 128 ) );
@@ -142,7 +157,7 @@ TEST_F( PositionIndexTest, AgreesWithAMap ) {
       const auto known = model.find( key );
       ASSERT_EQ( position( key ), known != model.end() ? known->second : -1 );
       if ( known != model.end() ) {
-         remove( key );
+         ASSERT_EQ( take( key ), known->second );
          model.erase( known );
       } else {
          model[ key ] = static_cast< int >( keys.size() );
