@@ -68,8 +68,9 @@ void addOptions( CLI::App & app, Options & options, CommandWords & words ) {
    app.add_option( "--timeline", options.timeline,
                    "Draw what the only scenario looked like over time, as SVG" )
       ->type_name( "FILE" );
-   app.add_flag( "--summary", options.summary,
-                 "After the run, how long each member was held, and by what" );
+   app.add_flag(
+      "--summary", options.summary,
+      "After the run, how long each member was held, and by what; still: at the end, too" );
    app.add_option( "--clock", words.clock, "Time that goes at once, or that passes" )
       ->type_name( "virtual|real" )
       ->capture_default_str();

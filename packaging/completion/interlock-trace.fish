@@ -14,4 +14,4 @@ complete -c interlock-trace -n 'not __fish_seen_subcommand_from explain' -l last
 complete -c interlock-trace -n 'not __fish_seen_subcommand_from explain' -l follow -d 'Go on with records as they are written'
 complete -c interlock-trace -n '__fish_seen_subcommand_from explain' -l help -d 'Print this help message and exit'
 complete -c interlock-trace -n '__fish_seen_subcommand_from explain' -l output -x -a 'text jsonl' -d 'text: for people; jsonl: one JSON object'
-complete -c interlock-trace -n '__fish_seen_subcommand_from explain' -l at -x -d 'How things stood at this time, in seconds'
+complete -c interlock-trace -n '__fish_seen_subcommand_from explain' -l at -x -d 'How things stood at this time, in seconds; beyond the end: as at the end'

@@ -33,7 +33,8 @@ void addOptions( Asks asks, CLI::App & app, Question & question, Words & words )
    app.add_option( "--output", words.output, "text: for people; jsonl: one JSON object" )
       ->type_name( "text|jsonl" )
       ->capture_default_str();
-   app.add_option( "--at", words.at, "How things stood at this time, in seconds" )
+   app.add_option( "--at", words.at,
+                   "How things stood at this time, in seconds; beyond the end: as at the end" )
       ->type_name( "T" );
    if ( scenario ) {
       app.add_option( "--switch", question.switchName, "Which switch of a pair" )

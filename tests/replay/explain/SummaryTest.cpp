@@ -4,13 +4,16 @@
 
 #include "tests/replay/explain/Explaining.h"
 
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <memory>
 #include <string>
 
 namespace {
 
+using ::testing::HasSubstr;
 using TestSupport::basic;
 using TestSupport::OutputFile;
 using TestSupport::peer;
@@ -201,6 +204,17 @@ TEST( Summary, TheRunIsShownAsWithoutIt ) {
          EXPECT_EQ( with, alone );
       }
    }
+}
+
+TEST( Summary, TheManualTellsHowAMemberIsShownThatIsHeldAtTheEnd ) {
+   const std::string held = basic + "member PortChannel10 Ethernet1\nat 1\n";
+   std::ifstream file( INTERLOCK_SOURCE_DIR "/packaging/man/interlock-replay.1" );
+   const std::string manual( std::istreambuf_iterator< char >( file ), {} );
+   EXPECT_THAT( shownWith( Explain::SummaryForm::text, held ), HasSubstr( "1 s, still\n" ) );
+   EXPECT_THAT( manual, HasSubstr( "\n.Sq \", still\"\n" ) );
+   EXPECT_THAT( shownWith( Explain::SummaryForm::jsonLines, held ),
+                HasSubstr( R"("held_now":true)" ) );
+   EXPECT_THAT( manual, HasSubstr( "\n.Li held_now\n" ) );
 }
 
 } // namespace
