@@ -31,6 +31,21 @@ std::string_view apparentWord( std::string_view line, std::size_t at ) {
    return line.substr( at, line.find_first_of( blanks, at ) - at );
 }
 
+// It would be another word than the one that a reader takes it for.
+void checkSeen( std::string_view line, std::size_t at, std::size_t end ) {
+   while ( at < end ) {
+      const std::string_view character =
+         line.substr( at, firstCharacter( line.substr( at ) ).length );
+      if ( isUnseen( character ) ) {
+         throw StatementError( "'" + asBytes( character ) + "' in column " +
+                               std::to_string( 1 + columns( line.substr( 0, at ) ) ) +
+                               " is a character that is not seen; wanted: text, or the word in "
+                               "quotes" );
+      }
+      at += character.size();
+   }
+}
+
 std::string_view quotedWord( std::string_view line, std::size_t at ) {
    const std::size_t close = line.find( '"', at + 1 );
    if ( close == std::string_view::npos ) {
@@ -41,6 +56,7 @@ std::string_view quotedWord( std::string_view line, std::size_t at ) {
    if ( next < line.size() && line[ next ] != '#' &&
         blanks.find( line[ next ] ) == std::string_view::npos ) {
       const std::string_view rest = apparentWord( line, next );
+      checkSeen( line, next, next + rest.size() );
       throw StatementError(
          inQuotes( line.substr( at, next + rest.size() - at ) ) +
          " goes on after its closing quote; wanted: quotes around the whole word" );
@@ -50,6 +66,7 @@ std::string_view quotedWord( std::string_view line, std::size_t at ) {
 
 std::string_view plainWord( std::string_view line, std::size_t at ) {
    const std::size_t end = std::min( line.find_first_of( endOfPlainWord, at ), line.size() );
+   checkSeen( line, at, end );
    if ( end < line.size() && line[ end ] == '"' ) {
       throw StatementError( inQuotes( apparentWord( line, at ) ) +
                             " has a quote in its middle; wanted: quotes around the whole word" );

@@ -3,6 +3,7 @@
 #include "replay/Grammar.h"
 #include "replay/Lexer.h"
 #include "replay/ScenarioError.h"
+#include "replay/Text.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -13,18 +14,10 @@
 
 namespace Replay {
 
-namespace {
-
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-
-} // namespace
-
 Scenario parseScenario( std::string_view text ) {
    Scenario scenario;
    std::vector< Word > words;
-   if ( text.starts_with( byteOrderMark ) ) { // some editors write one
-      text.remove_prefix( byteOrderMark.size() );
-   }
+   text = withoutByteOrderMark( text );
    for ( std::size_t number = 1; !text.empty(); ++number ) {
       const std::size_t end = std::min( text.find( '\n' ), text.size() );
       std::string_view line = text.substr( 0, end );

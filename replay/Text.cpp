@@ -38,6 +38,19 @@ void appendHex( std::string & out, char c ) {
    out += digits[ byte & 0xFU ];
 }
 
+// The characters that are not seen, by their bytes: UTF-8 sorts like the code points.
+struct Unseen {
+   std::string_view first;
+   std::string_view last;
+};
+constexpr std::array unseen{
+   Unseen{ "\xC2\xA0", "\xC2\xA0" }, // U+00A0
+   Unseen{ "\xE2\x80\x8B", "\xE2\x80\x8F" }, // U+200B to U+200F
+   Unseen{ "\xE2\x80\xAA", "\xE2\x80\xAE" }, // U+202A to U+202E
+   Unseen{ "\xE2\x81\xA0", "\xE2\x81\xA0" }, // U+2060
+   Unseen{ "\xEF\xBB\xBF", "\xEF\xBB\xBF" }, // U+FEFF
+};
+
 // U+0080 to U+009F: control characters, too.
 bool isSecondControlSet( std::string_view character ) noexcept {
    return character.size() == 2 && character[ 0 ] == '\xC2' &&
@@ -80,14 +93,31 @@ std::size_t firstMalformed( std::string_view text ) noexcept {
    return std::string_view::npos;
 }
 
+bool isUnseen( std::string_view character ) noexcept {
+   return std::ranges::any_of( unseen, [ character ]( const Unseen & range ) {
+      return range.first <= character && character <= range.last;
+   } );
+}
+
+std::string_view withoutByteOrderMark( std::string_view text ) noexcept {
+   constexpr std::string_view mark = "\xEF\xBB\xBF";
+   return text.starts_with( mark ) ? text.substr( mark.size() ) : text;
+}
+
+std::string asBytes( std::string_view text ) {
+   std::string bytes;
+   for ( const char c : text ) {
+      appendHex( bytes, c );
+   }
+   return bytes;
+}
+
 void appendPrintable( std::string & out, std::string_view text ) {
    for ( std::size_t at = 0; at < text.size(); ) {
       const auto [ length, wellFormed ] = firstCharacter( text.substr( at ) );
       const std::string_view character = text.substr( at, length );
       if ( !wellFormed || isControl( character[ 0 ] ) || isSecondControlSet( character ) ) {
-         for ( const char c : character ) {
-            appendHex( out, c );
-         }
+         out += asBytes( character );
       } else {
          out += character;
       }

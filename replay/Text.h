@@ -26,6 +26,17 @@ constexpr bool isControl( char c ) noexcept {
    return byte < 0x20U || byte == 0x7FU;
 }
 
+/// True for a character that a reader does not see, or takes for an ordinary blank: the no-break
+/// space, marks of no width, and those that turn the direction of what follows. Of a character that
+/// is well-formed.
+bool isUnseen( std::string_view character ) noexcept;
+
+/// What of a file's text is meant: some editors begin one with a byte order mark.
+std::string_view withoutByteOrderMark( std::string_view text ) noexcept;
+
+/// Each byte of `text` as \xNN, whatever it is.
+std::string asBytes( std::string_view text );
+
 /// Appends `text` as it may be shown to people: control characters and malformed bytes as \xNN.
 void appendPrintable( std::string & out, std::string_view text );
 

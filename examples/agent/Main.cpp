@@ -15,6 +15,7 @@
 #include "examples/agent/Descriptors.h"
 #include "platform/Jotter/FlightRecorder.h"
 #include "platform/Vex/Clock.h"
+#include "replay/Text.h"
 
 #include <array>
 #include <cerrno>
@@ -112,6 +113,9 @@ void Client::takeLines( const Execute & execute ) {
       ++line_;
       if ( std::exchange( skips_, false ) ) {
          continue; // this was its end
+      }
+      if ( line_ == 1 ) { // who sends a file sends its beginning, too
+         line = Replay::withoutByteOrderMark( line );
       }
       if ( line.size() > longestLine ) {
          tell( errorLine( { number_, line_ }, tooLong ) );

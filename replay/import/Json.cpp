@@ -54,7 +54,9 @@ void appendUtf8( std::string & out, std::uint32_t point ) {
 
 class Reader {
  public:
-   explicit Reader( std::string_view text ) noexcept : text_( text ) {}
+   // Places are those in the whole text, a byte order mark included.
+   explicit Reader( std::string_view text ) noexcept
+       : text_( text ), at_( text.size() - Replay::withoutByteOrderMark( text ).size() ) {}
 
    JsonValue whole() {
       skipBlanks();
@@ -284,7 +286,7 @@ class Reader {
    }
 
    std::string_view text_;
-   std::size_t at_ = 0;
+   std::size_t at_;
 };
 
 } // namespace
@@ -300,9 +302,6 @@ JsonValue parseJson( std::string_view text ) {
    if ( malformed != std::string_view::npos ) {
       throw JsonError( malformed, "a byte that is no UTF-8; wanted: UTF-8 text" );
    }
-   if ( text.starts_with( "\xEF\xBB\xBF" ) ) {
-      throw JsonError( 0, "a byte order mark; wanted: a JSON object" );
-   }
    return Reader( text ).whole();
 }
 
@@ -310,8 +309,9 @@ Place placeOf( std::string_view text, std::size_t at ) noexcept {
    const std::string_view before = text.substr( 0, at );
    const auto lines = std::ranges::count( before, '\n' );
    const std::size_t begin = before.rfind( '\n' );
-   const std::string_view line =
-      begin == std::string_view::npos ? before : before.substr( begin + 1 );
+   const std::string_view line = begin == std::string_view::npos
+                                    ? Replay::withoutByteOrderMark( before )
+                                    : before.substr( begin + 1 );
    return { 1 + static_cast< std::size_t >( lines ), 1 + Replay::columns( line ) };
 }
 

@@ -47,7 +47,7 @@ struct JsonMember {
    JsonValue value;
 };
 
-/// The one value that the whole text is.
+/// The one value that the whole text is, behind a byte order mark, if there is one.
 JsonValue parseJson( std::string_view text );
 
 /// Line and column, both from 1, of a byte; columns are characters.

@@ -13,10 +13,21 @@ constexpr std::size_t commentColumn = 42; // of a comment behind a statement
 constexpr std::size_t longestLine = 100;
 constexpr std::string_view answerDelay = "0.02";
 
+bool hasUnseen( std::string_view name ) noexcept {
+   while ( !name.empty() ) {
+      const std::size_t length = Replay::firstCharacter( name ).length;
+      if ( Replay::isUnseen( name.substr( 0, length ) ) ) {
+         return true;
+      }
+      name.remove_prefix( length );
+   }
+   return false;
+}
+
 // A word of a statement.
 std::string word( Nodo::IntfId intf ) {
    const std::string & name = intf.stringValue();
-   const bool quoted = name.find_first_of( " \t#" ) != std::string::npos;
+   const bool quoted = name.find_first_of( " \t#" ) != std::string::npos || hasUnseen( name );
    return quoted ? '"' + name + '"' : name;
 }
 

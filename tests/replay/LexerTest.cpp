@@ -103,6 +103,50 @@ TEST( Lexer, RefusesControlCharactersOutsideQuotes ) {
    EXPECT_EQ( wordsOf( "lag \"a\x01\"" ), "[lag][\"a\x01\"]" );
 }
 
+// ---- Characters that are not seen ---------------------------------------------------------------
+
+std::string notSeen( const std::string & bytes, int column ) {
+   return "'" + bytes + "' in column " + std::to_string( column ) +
+          " is a character that is not seen; wanted: text, or the word in quotes";
+}
+
+TEST( Lexer, NoBreakSpaceIsRefused ) {
+   EXPECT_EQ( errorOf( "lag\xC2\xA0PortChannel10" ), notSeen( "\\xc2\\xa0", 4 ) );
+   EXPECT_EQ( errorOf( "lag P \xC2\xA0 # blank" ), notSeen( "\\xc2\\xa0", 7 ) );
+}
+
+TEST( Lexer, MarksOfNoWidthAreRefused ) {
+   EXPECT_EQ( errorOf( "lag P\u200B" ), notSeen( "\\xe2\\x80\\x8b", 6 ) );
+   EXPECT_EQ( errorOf( "lag P\u200Fx" ), notSeen( "\\xe2\\x80\\x8f", 6 ) );
+   EXPECT_EQ( errorOf( "lag P\u2060x" ), notSeen( "\\xe2\\x81\\xa0", 6 ) );
+   EXPECT_EQ( errorOf( "\uFEFFlag P" ), notSeen( "\\xef\\xbb\\xbf", 1 ) );
+}
+
+TEST( Lexer, MarksThatTurnTheDirectionAreRefused ) {
+   EXPECT_EQ( errorOf( "lag \u202AP" ), notSeen( "\\xe2\\x80\\xaa", 5 ) );
+   EXPECT_EQ( errorOf( "lag P\u202E" ), notSeen( "\\xe2\\x80\\xae", 6 ) );
+}
+
+TEST( Lexer, CountsColumnsInCharacters ) {
+   EXPECT_EQ( errorOf( "lag Büro-東京\u200B" ), notSeen( "\\xe2\\x80\\x8b", 12 ) );
+}
+
+TEST( Lexer, NamesACharacterThatIsNotSeenAlsoBesideAQuote ) {
+   EXPECT_EQ( errorOf( "lag \u200B\"P\"" ), notSeen( "\\xe2\\x80\\x8b", 5 ) );
+   EXPECT_EQ( errorOf( "lag \"P\"\u200B" ), notSeen( "\\xe2\\x80\\x8b", 8 ) );
+}
+
+TEST( Lexer, TakesTheNeighboursOfCharactersThatAreNotSeen ) {
+   for ( const std::string word :
+         { "\u00A1", "\u200A", "\u2010", "\u2029", "\u202F", "\u205F", "\u2061", "\uFEFE" } ) {
+      EXPECT_EQ( wordsOf( "lag P" + word ), "[lag][P" + word + "]" );
+   }
+}
+
+TEST( Lexer, KeepsWhatIsNotSeenInQuotesAndInComments ) {
+   EXPECT_EQ( wordsOf( "lag \"P\u200B\" # \u202E" ), "[lag][\"P\u200B\"]" );
+}
+
 TEST( Lexer, RefusesACarriageReturnInsideALineEvenInAComment ) {
    const std::string message = "'\\x0d' is a carriage return inside a line; wanted: lines that end "
                                "with a line feed";

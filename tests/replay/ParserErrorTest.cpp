@@ -196,6 +196,20 @@ TEST( ParserError, IsThatOfTheFirstLineThatIsWrong ) {
    EXPECT_EQ( errorOf( "wait 1\n\n# x\r\nwait x\nwait y\n" ).substr( 0, 6 ), "4: 'x'" );
 }
 
+TEST( ParserError, NamesLineAndColumnOfACharacterThatIsNotSeen ) {
+   EXPECT_EQ( errorOf( "wait 1\nlag P\u00A0\n" ),
+              "2: '\\xc2\\xa0' in column 6 is a character that is not seen; wanted: text, or the "
+              "word in quotes" );
+}
+
+TEST( ParserError, AByteOrderMarkIsTakenAtTheVeryBeginningAlone ) {
+   EXPECT_EQ( errorOf( "\uFEFFwait 1\n" ), "no error" );
+   const std::string refused = "'\\xef\\xbb\\xbf' in column 1 is a character that is not seen; "
+                               "wanted: text, or the word in quotes";
+   EXPECT_EQ( errorOf( "\uFEFF\uFEFFwait 1\n" ), "1: " + refused );
+   EXPECT_EQ( errorOf( "wait 1\n\uFEFFwait 1\n" ), "2: " + refused );
+}
+
 TEST( ParserError, NamesTheLineOfAnErrorInTheWords ) {
    EXPECT_EQ( errorOf( "wait 1\nlag \"P" ),
               "2: '\"P' has no closing quote; wanted: a second \" in the same line" );

@@ -75,6 +75,18 @@ TEST( AppendPrintable, EscapesMalformedBytesAndKeepsOtherText ) {
    EXPECT_EQ( printable( "\xC2\xA0" ), "\xC2\xA0" );
 }
 
+TEST( WithoutByteOrderMark, TakesOneFromTheBeginning ) {
+   EXPECT_EQ( Replay::withoutByteOrderMark( "\uFEFFa\uFEFF" ), "a\uFEFF" );
+   EXPECT_EQ( Replay::withoutByteOrderMark( "\uFEFF\uFEFF" ), "\uFEFF" );
+   EXPECT_EQ( Replay::withoutByteOrderMark( "a\uFEFF" ), "a\uFEFF" );
+   EXPECT_EQ( Replay::withoutByteOrderMark( "\xEF\xBB" ), "\xEF\xBB" );
+   EXPECT_EQ( Replay::withoutByteOrderMark( "" ), "" );
+}
+
+TEST( AsBytes, ShowsEachByteWhateverItIs ) {
+   EXPECT_EQ( Replay::asBytes( "a\u00A0" ), "\\x61\\xc2\\xa0" );
+}
+
 TEST( InQuotes, ShortensALongWordAtACharacter ) {
    EXPECT_EQ( inQuotes( "Ethernet1" ), "'Ethernet1'" );
    EXPECT_EQ( inQuotes( std::string( 48, 'x' ) ), "'" + std::string( 48, 'x' ) + "'" );

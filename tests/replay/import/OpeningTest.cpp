@@ -183,4 +183,12 @@ TEST( Opening, DoesNotDependOnTheOrderOfTheFile ) {
    }
 }
 
+TEST( Opening, QuotesANameWithACharacterThatIsNotSeen ) {
+   const std::string text = openingOf( R"({ "PORTCHANNEL": { "PortChannel1": { "members": [
+      "Ethernet1\u200b", "Ethernet2" ] } } })" );
+   EXPECT_NE( text.find( "\nlag PortChannel1 \"Ethernet1\u200B\" Ethernet2\n" ), std::string::npos )
+      << text;
+   EXPECT_EQ( TestSupport::play( text ).error, "" );
+}
+
 } // namespace
