@@ -15,7 +15,14 @@ namespace {
 
 constexpr std::size_t wordColumn = 6;
 constexpr std::size_t sawColumn = 36;
-constexpr std::size_t beforeTime = 18; // the width of a moment
+// At least; a longer time moves what stands behind it, of all the lines alike.
+constexpr std::size_t beforeTime = 18;
+constexpr std::size_t beforeGap = 2; // behind the longest one
+constexpr std::size_t beforeVerdict = 12;
+// A line that is longer is broken at a blank; one without blanks, as a name may be, stays whole.
+constexpr std::size_t lineWidth = 100;
+constexpr std::size_t deeper = 3; // what continues a line, unless it continues a cell
+constexpr std::size_t deepest = 60; // columns that a continued cell is moved, at most
 // How many spans before the current one there is room for, on one screen.
 constexpr std::size_t beforeOfOne = 4;
 constexpr std::size_t beforeOfTwo = 1; // each
@@ -24,24 +31,84 @@ class Page {
  public:
    explicit Page( Replay::Writer & writer ) noexcept : writer_( writer ) {}
 
+   /// What follows is a cell, at this column where there is room.
    Page & at( std::size_t column ) {
       const std::size_t used = Replay::columns( line_ );
+      const bool isFirst = line_.empty();
       line_.append( used < column ? column - used : 1, ' ' );
+      cell_ = line_.size();
+      indent_ = isFirst ? column + deeper : std::min( Replay::columns( line_ ), deepest );
       return *this;
    }
    Page & add( std::string_view text ) {
       Replay::appendPrintable( line_, text );
       return *this;
    }
+   /// The rest of the line, which is not broken; it may stand on a line of its own.
+   void endWhole( std::string_view text ) {
+      const std::size_t before = line_.size();
+      add( "  " ).add( text );
+      whole_ = line_.size() - before;
+      end();
+   }
    void end() {
-      writer_.buffer() += line_;
-      writer_.buffer() += '\n';
+      std::string & out = writer_.buffer();
+      std::string_view rest = line_;
+      std::size_t from = cell_;
+      std::size_t used = Replay::columns( rest.substr( 0, from ) );
+      for ( ;; ) {
+         const std::size_t at = breakIn( rest, from, used, rest.size() - whole_ );
+         const std::size_t next = rest.find_first_not_of( ' ', at );
+         if ( next == std::string_view::npos ) {
+            break;
+         }
+         out += rest.substr( 0, at );
+         out += '\n';
+         out.append( indent_, ' ' );
+         rest.remove_prefix( next );
+         from = 0;
+         used = indent_;
+      }
+      out += rest;
+      out += '\n';
       line_.clear();
+      whole_ = 0;
+      cell_ = 0;
+      indent_ = 2 * deeper;
    }
 
  private:
+   // "1.5 s" stays together.
+   static bool isBeforeUnit( std::string_view text, std::size_t at ) noexcept {
+      const char before = text[ at - 1 ];
+      return '0' <= before && before <= '9' && text.substr( at ).starts_with( " s" );
+   }
+   // The blank that ends the line, if there is no room for all of it: not before `from`, which has
+   // `used` columns in front of it, nor behind `last`.
+   static std::size_t breakIn( std::string_view text,
+                               std::size_t from,
+                               std::size_t used,
+                               std::size_t last ) {
+      std::size_t blank = std::string_view::npos;
+      for ( std::size_t at = from; at < text.size(); ++used ) {
+         const bool ends = at > from && at <= last && text[ at ] == ' ' && text[ at - 1 ] != ' ' &&
+                           !isBeforeUnit( text, at );
+         if ( ends && ( used <= lineWidth || blank == std::string_view::npos ) ) {
+            blank = at;
+         }
+         if ( used >= lineWidth && blank != std::string_view::npos ) {
+            return blank;
+         }
+         at += Replay::firstCharacter( text.substr( at ) ).length;
+      }
+      return std::string_view::npos;
+   }
+
    Replay::Writer & writer_;
    std::string line_;
+   std::size_t whole_ = 0; // of its end, so many bytes are not broken
+   std::size_t cell_ = 0; // where the last cell begins, in bytes; only that is broken
+   std::size_t indent_ = 2 * deeper; // of what continues it
 };
 
 std::string nameShown( const std::string & name ) {
@@ -89,9 +156,10 @@ void showLooked( const AtGate & at, Page & page ) {
    for ( const Looked & one : at.looked ) {
       page.at( wordColumn ).add( one.check ).at( sawColumn ).add( one.saw );
       if ( one.decisive ) {
-         page.add( "  <- " ).add( verdictText( at ) );
+         page.endWhole( "<- " + verdictText( at ) );
+      } else {
+         page.end();
       }
-      page.end();
    }
 }
 
@@ -106,10 +174,16 @@ void showBefore( const AtGate & at, std::size_t most, Page & page ) {
       page.add( ", after " + std::to_string( more ) + " more" );
    }
    page.end();
-   for ( const Span & span : std::span( at.before ).last( shown ) ) {
-      const std::string since = moment( span.since );
-      page.at( wordColumn ).add( "since " + since ).at( wordColumn + beforeTime );
-      page.add( admits( span.reason ) ? "admitted" : "held" ).at( sawColumn );
+   const auto spans = std::span( at.before ).last( shown );
+   const auto since = []( const Span & span ) { return "since " + moment( span.since ); };
+   std::size_t widest = beforeTime - beforeGap;
+   for ( const Span & span : spans ) {
+      widest = std::max( widest, since( span ).size() );
+   }
+   const std::size_t verdictColumn = wordColumn + widest + beforeGap;
+   for ( const Span & span : spans ) {
+      page.at( wordColumn ).add( since( span ) ).at( verdictColumn );
+      page.add( admits( span.reason ) ? "admitted" : "held" ).at( verdictColumn + beforeVerdict );
       page.add( wordsFor( span.reason ) ).end();
    }
 }

@@ -81,8 +81,8 @@ Ethernet1 in PortChannel10 is ADMITTED at 1 s, by egress-acl since 0 s
    before that
       since 0 s         held        its egress ACL is not installed
 
-   PortChannel10 was removed or replaced at 1 s: egress-acl has not looked at it since; )"
-              R"(what stands above is from before.
+   PortChannel10 was removed or replaced at 1 s: egress-acl has not looked at it since; what stands
+      above is from before.
    It is no member of the LAG at this time: no verdict makes it join.
 )" );
 }
@@ -175,7 +175,7 @@ const std::string mlagOfTwo = "mlag state 3\n"
                               "start basic\n"
                               "at 1\n";
 const std::string notSince = " was removed or replaced at 1 s: egress-acl has not looked at it "
-                             "since; what stands above is from before.\n";
+                             "since; what stands\n      above is from before.\n";
 
 TEST( ExplainGaps, AVerdictFromBeforeItsLagWasReplacedIsToldAsSuch ) {
    EXPECT_EQ( explained( mlagOfTwo + "no lag PortChannel10\n"

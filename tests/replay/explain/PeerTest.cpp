@@ -91,8 +91,8 @@ Ethernet1 in PortChannel10 is ADMITTED at 2 s, by egress-acl since 1.1 s
 
    egress-acl (peer-coordinated) admits it, decided at 1.1 s
    because the time-out of PortChannel10 came: the peer had not answered
-      peer's answer                 none that fits came in time: )"
-              R"(the link counts as failed  <- admits it
+      peer's answer                 none that fits came in time: the link counts as failed
+                                    <- admits it
       member of the LAG             yes
       LAG is an MLAG interface      yes
       exchange with the peer        failed since 1.1 s, not answered in time; request 2, sent at 1 s
@@ -157,8 +157,8 @@ Ethernet1 in PortChannel10 is HELD at 2 s, by egress-acl since 2 s
       Ethernet1 enters, leaves or changes in PortChannel10
    before that
       since 1 s         held        waits for the peer's answer
-      since 1.1 s       admitted    )"
-              R"(the link counts as failed: its members join without the peer's answer
+      since 1.1 s       admitted    the link counts as failed: its members join without the peer's
+                                    answer
 )" );
 }
 

@@ -1,15 +1,19 @@
 // `interlock-replay explain` as a program: what it is asked, and when it has no answer.
 
+#include "replay/Text.h"
 #include "tests/replay/explain/Explaining.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
@@ -149,6 +153,71 @@ TEST( ExplainProgram, OneSwitchHasNoName ) {
    const Shown shown = explainRun( basic, { "--switch", "left", "Ethernet1", "PortChannel10" } );
    EXPECT_EQ( shown.status, 2 );
    EXPECT_EQ( shown.err, "s: --switch: the scenario has only one switch; wanted: none\n" );
+}
+
+// ---- The width of a line ------------------------------------------------------------------------
+
+std::size_t longestLine( const std::string & text ) {
+   std::size_t longest = 0;
+   std::istringstream lines( text );
+   for ( std::string line; std::getline( lines, line ); ) {
+      longest = std::max( longest, Replay::columns( line ) );
+   }
+   return longest;
+}
+
+TEST( ExplainProgram, ColumnsFollowTheWidestTime ) {
+   EXPECT_THAT( explained( basic + "at 9\n"
+                                   "member PortChannel10 Ethernet1\n"
+                                   "at 1234567890.123456\n"
+                                   "acl Ethernet1 PortChannel10\n"
+                                   "at 1234567891\n"
+                                   "no acl Ethernet1 PortChannel10\n" ),
+                EndsWith( R"(
+   before that
+      since 9 s                  held        its egress ACL is not installed
+      since 1234567890.123456 s  admitted    its egress ACL is installed
+)" ) );
+}
+
+TEST( ExplainProgram, ALineThatIsTooLongGoesOnBelowItsBeginning ) {
+   const std::string text = explained( "switchport PortChannel10\n"
+                                       "at 1234567890.123456\n"
+                                       "start vlan-xlate\n"
+                                       "start basic\n"
+                                       "lag PortChannel10 Ethernet1\n"
+                                       "at 1234567890.654321\n"
+                                       "acl Ethernet1 PortChannel10\n"
+                                       "vlan-ready Ethernet1 PortChannel10\n" );
+   EXPECT_THAT(
+      text, StartsWith(
+               "\nEthernet1 in PortChannel10 is ADMITTED at 1234567890.654321 s, by egress-acl "
+               "since\n      1234567890.654321 s and by vlan-xlate since 1234567890.654321 s\n" ) );
+   EXPECT_LE( longestLine( text ), 100U );
+}
+
+TEST( ExplainProgram, ALineOfAHundredColumnsStaysWhole ) {
+   const auto headlineOf = []( std::size_t columns ) {
+      const std::string fixed = " in P is HELD at 0 s, by egress-acl since 0 s";
+      const std::string name( columns - fixed.size(), 'E' );
+      const std::string text =
+         explained( "mlag state 3\nlink L 2\nmlag peer-link L\nmlag intf P 1 2\nlag P\n"
+                    "start basic\nmember P " +
+                       name + '\n',
+                    { name, "P" } );
+      return text.substr( 1 + name.size(), text.find( "\n\n" ) - 1 - name.size() );
+   };
+   EXPECT_EQ( headlineOf( 100 ), " in P is HELD at 0 s, by egress-acl since 0 s" );
+   EXPECT_EQ( headlineOf( 101 ), " in P is HELD at 0 s, by egress-acl since\n      0 s" );
+}
+
+TEST( ExplainProgram, ANameWithoutBlanksIsNotBroken ) {
+   const std::string name( 300, 'E' );
+   const std::string text =
+      explained( basic + "member PortChannel10 " + name + '\n', { name, "PortChannel10" } );
+   EXPECT_THAT( text, StartsWith( '\n' + name + "\n      in PortChannel10 is HELD at 0 s" ) );
+   EXPECT_THAT(
+      text, HasSubstr( "\n   because\n      " + name + "\n      entered, left or changed in " ) );
 }
 
 // ---- As JSON ------------------------------------------------------------------------------------
