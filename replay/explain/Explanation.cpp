@@ -372,7 +372,7 @@ void remarkOn( const Explanation & known,
    const bool saidSo = std::ranges::any_of( known.gates, []( const AtGate & at ) {
       return at.decision && at.decision->reason == Reason::notMember;
    } );
-   if ( asked.source == Source::run && !story.isMember( asked.pair ) && !saidSo ) {
+   if ( known.isMember == false && !saidSo ) {
       remarks.emplace_back( "It is no member of the LAG at this time: no verdict makes it join." );
    }
 }
@@ -443,7 +443,10 @@ std::string nothingKnown( const Story & story, const Asked & asked ) {
 } // namespace
 
 Answer explain( const Story & story, const Asked & asked ) {
-   Explanation explanation{ asked, true, {}, {}, 0 };
+   Explanation explanation{ asked, true, {}, {}, {}, 0 };
+   if ( asked.source == Source::run ) {
+      explanation.isMember = story.isMember( asked.pair );
+   }
    for ( const Gate gate : gates ) {
       if ( auto at = lookAt( gate, story, asked ) ) {
          explanation.admitted &= at->admitted;

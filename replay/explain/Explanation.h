@@ -59,6 +59,8 @@ struct AtGate {
 struct Explanation {
    Asked asked;
    bool admitted = false; // by every gate of which something is known
+   // The port is in the LAG, without which no verdict makes it join; nothing: records do not tell.
+   std::optional< bool > isMember;
    std::vector< AtGate > gates;
    std::vector< std::string > remarks; // what else an operator must know
    std::size_t remarksAbove = 0; // so many of them change what the rest means

@@ -88,6 +88,7 @@ void showAsJson( const Explanation & explanation, Replay::Writer & writer ) {
    line.add( "member", std::string_view( asked.pair.member ) )
       .add( "lag", std::string_view( asked.pair.lag ) )
       .add( "admitted", explanation.admitted )
+      .add( "is_member", explanation.isMember )
       .add( "gates", listOf( explanation.gates ) )
       .add( "remarks", explanation.remarks )
       .end();

@@ -115,10 +115,6 @@ std::string nameShown( const std::string & name ) {
    return name.empty() ? "\"\"" : name;
 }
 
-std::string_view verdictOf( bool admitted ) noexcept {
-   return admitted ? "ADMITTED" : "HELD";
-}
-
 std::string sinceText( const AtGate & at ) {
    return at.since ? " since " + moment( *at.since ) + ( at.orEarlier ? " or earlier" : "" )
                    : std::string( ", which has not looked at it" );
@@ -127,15 +123,21 @@ std::string sinceText( const AtGate & at ) {
 // Of those that hold, or of all that admit, in the order of the gates.
 void showHeadline( const Explanation & known, Page & page ) {
    const Asked & asked = known.asked;
-   page.add( nameShown( asked.pair.member ) ).add( " in " ).add( nameShown( asked.pair.lag ) );
-   if ( !asked.switchName.empty() ) {
-      page.add( " on " ).add( asked.switchName );
+   const std::string on = asked.switchName.empty() ? "" : " on " + std::string( asked.switchName );
+   page.add( nameShown( asked.pair.member ) );
+   std::string_view by = ", by ";
+   if ( known.isMember == false ) { // it is out of the LAG, whatever the interlocks say
+      page.add( " is NO MEMBER of " ).add( nameShown( asked.pair.lag ) ).add( on );
+      by = known.admitted ? ": admitted by " : ": held by ";
+   } else {
+      page.add( " in " ).add( nameShown( asked.pair.lag ) ).add( on );
+      page.add( known.admitted ? " is ADMITTED" : " is HELD" );
    }
-   page.add( " is " ).add( verdictOf( known.admitted ) ).add( " at " ).add( moment( asked.at ) );
+   page.add( " at " ).add( moment( asked.at ) );
    bool first = true;
    for ( const AtGate & at : known.gates ) {
       if ( at.admitted == known.admitted ) {
-         page.add( first ? ", by " : " and by " ).add( nameOf( at.gate ) );
+         page.add( first ? by : " and by " ).add( nameOf( at.gate ) );
          page.add( sinceText( at ) );
          first = false;
       }

@@ -112,7 +112,7 @@ TEST( ExplainBasic, AMemberThatHasLeft ) {
                                  "at 3\n"
                                  "no member PortChannel10 Ethernet1\n" ),
               R"(
-Ethernet1 in PortChannel10 is HELD at 3 s, by egress-acl since 0 s
+Ethernet1 is NO MEMBER of PortChannel10 at 3 s: held by egress-acl since 0 s
 
    egress-acl (basic) holds it, decided at 3 s
    because Ethernet1 entered, left or changed in PortChannel10

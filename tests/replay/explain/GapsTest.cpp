@@ -13,6 +13,7 @@ using ::testing::Not;
 using ::testing::StartsWith;
 using TestSupport::basic;
 using TestSupport::explained;
+using TestSupport::Json;
 
 TEST( ExplainGaps, AMemberThatNobodyHasLookedAt ) {
    EXPECT_EQ( explained( basic + "at 1\n"
@@ -63,7 +64,7 @@ TEST( ExplainGaps, AMemberOfALagThatIsGone ) {
                                  "at 1\n"
                                  "no lag PortChannel10\n" ),
               R"(
-Ethernet1 in PortChannel10 is ADMITTED at 1 s, by egress-acl since 0 s
+Ethernet1 is NO MEMBER of PortChannel10 at 1 s: admitted by egress-acl since 0 s
 
    egress-acl (basic) admits it, decided at 0 s
    because the egress ACL of Ethernet1 in PortChannel10 was installed or removed
@@ -85,6 +86,48 @@ Ethernet1 in PortChannel10 is ADMITTED at 1 s, by egress-acl since 0 s
       above is from before.
    It is no member of the LAG at this time: no verdict makes it join.
 )" );
+}
+
+TEST( ExplainGaps, APortThatIsNoMemberIsToldSoWhateverItsInterlocksSay ) {
+   const std::string scenario = "switch right\n"
+                                "lag PortChannel10\n"
+                                "start basic\n"
+                                "start vlan-xlate\n"
+                                "member PortChannel10 Ethernet1\n"
+                                "at 1\n"
+                                "no lag PortChannel10\n";
+   EXPECT_THAT(
+      explained( scenario ),
+      StartsWith( "\nEthernet1 is NO MEMBER of PortChannel10 on right at 1 s: admitted by "
+                  "egress-acl since 0 s and by\n      vlan-xlate since 0 s\n" ) );
+   const auto object =
+      Json::parse( explained( scenario, { "Ethernet1", "PortChannel10", "--output=jsonl" } ) );
+   EXPECT_EQ( object.at( "admitted" ), true );
+   EXPECT_EQ( object.at( "is_member" ), false );
+}
+
+TEST( ExplainGaps, APortThatWasNeverAMemberIsToldSo ) {
+   EXPECT_THAT( explained( basic + "at 2\nacl Ethernet1 PortChannel10\n" ),
+                StartsWith( "\nEthernet1 is NO MEMBER of PortChannel10 at 2 s: held by egress-acl "
+                            "since 2 s\n" ) );
+}
+
+TEST( ExplainGaps, APortThatComesBackIsAMember ) {
+   EXPECT_THAT( explained( basic + "member PortChannel10 Ethernet1\n"
+                                   "acl Ethernet1 PortChannel10\n"
+                                   "at 1\n"
+                                   "no lag PortChannel10\n"
+                                   "at 2\n"
+                                   "lag PortChannel10 Ethernet1\n" ),
+                StartsWith( "\nEthernet1 in PortChannel10 is ADMITTED at 2 s, by egress-acl since "
+                            "0 s\n" ) );
+}
+
+TEST( ExplainGaps, ATraceFileDoesNotTellWhoIsAMember ) {
+   const auto shown =
+      TestSupport::explainTrace( basic + "member PortChannel10 Ethernet1\n",
+                                 { "Ethernet1", "PortChannel10", "--output=jsonl" } );
+   EXPECT_TRUE( Json::parse( shown.out ).at( "is_member" ).is_null() );
 }
 
 TEST( ExplainGaps, AnInterlockThatWasStopped ) {

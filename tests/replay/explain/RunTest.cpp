@@ -227,7 +227,7 @@ TEST( ExplainProgram, GivesTheSameAsOneObject ) {
       explained( peer + "at 1.05\n", { "--output", "jsonl", "Ethernet1", "PortChannel10" } ),
       R"(
 {"kind":"explanation","t":1.05,"member":"Ethernet1","lag":"PortChannel10",)"
-      R"("admitted":false,"gates":[)"
+      R"("admitted":false,"is_member":true,"gates":[)"
       R"({"interlock":"egress-acl","kind":"peer-coordinated","admitted":false,"since":1.0,)"
       R"("or_earlier":false,"decided":1.0,"reason":"waiting-for-peer",)"
       R"("because":"Ethernet1 entered, left or changed in PortChannel10","checks":[)"
