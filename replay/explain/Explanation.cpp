@@ -252,7 +252,10 @@ void tellOfDecision( AtGate & at,
    const auto first =
       unneeded ? unneededBecause( at.looked ) : std::optional( checkOf( decision.reason ) );
    markDecisive( at.looked, decision );
-   at.outdatedSince = standing.outdatedSince;
+   // That a port is no member is so until it is one.
+   if ( decision.reason != Reason::notMember || story.isMember( asked.pair ) ) {
+      at.outdatedSince = standing.outdatedSince;
+   }
    at.again = changesFor( story, asked, decision, decision.decider, first );
    const Exchange * const exchange = story.exchange( asked.pair.lag );
    if ( exchange != nullptr && decision.decider == Decider::peer ) {
@@ -320,7 +323,7 @@ void remarkOn( const AtGate & at,
    if ( at.decision ? ofNoMember && story.isMember( asked.pair ) : !at.since ) {
       remarks.push_back( gate + std::string( notLookedAt ) );
    }
-   if ( at.outdatedSince && !ofNoMember ) { // which it is not, or that is told already
+   if ( at.outdatedSince && !ofNoMember ) { // else that is told already
       remarks.push_back( asked.pair.lag + " was removed or replaced at " +
                          moment( *at.outdatedSince ) + ": " + gate +
                          " has not looked at it since; what stands above is from before." );

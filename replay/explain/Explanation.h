@@ -46,7 +46,9 @@ struct AtGate {
    std::optional< Vex::Seconds > since; // nothing: always
    bool orEarlier = false; // older records are lost
    std::optional< Decision > decision; // nothing: no interlock has decided
-   std::optional< Vex::Seconds > outdatedSince; // then its LAG was replaced
+   // Then its LAG was removed or replaced, so that the verdict is over others; nothing: it is of
+   // now, or the records do not tell.
+   std::optional< Vex::Seconds > outdatedSince;
    std::string because; // what set it off
    std::vector< Looked > looked;
    std::string exchange; // how far that with the peer has come

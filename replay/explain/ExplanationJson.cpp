@@ -66,6 +66,7 @@ void write( JsonText & json, const AtGate & at ) {
    member( json, "since", secondsOf( at.since ) );
    member( json, "or_earlier", at.orEarlier );
    member( json, "decided", decision ? secondsOf( decision->time ) : std::optional< double >() );
+   member( json, "outdated_since", secondsOf( at.outdatedSince ) );
    member( json, "reason", decision ? Name( nameOf( decision->reason ) ) : Name() );
    member( json, "because", std::string_view( at.because ) );
    member( json, "checks", listOf( at.looked ) );

@@ -269,4 +269,31 @@ TEST( ExplainGaps, ALagThatIsNotThereCannotBeRemoved ) {
                 Not( HasSubstr( "removed or replaced" ) ) );
 }
 
+// ---- The same as an object ----
+
+/// Of the first gate, as JSON.
+std::string outdatedSince( const std::string & scenario ) {
+   return Json::parse( explained( scenario, { "Ethernet1", "PortChannel10", "--output=jsonl" } ) )
+      .at( "gates" )
+      .at( 0 )
+      .at( "outdated_since" )
+      .dump();
+}
+
+TEST( ExplainGaps, AnObjectSaysSinceWhenItsVerdictIsFromBefore ) {
+   const std::string replaced = mlagOfTwo + "lag PortChannel10 Ethernet1\nat 2\n";
+   EXPECT_EQ( outdatedSince( mlagOfTwo ), "null" );
+   EXPECT_EQ( outdatedSince( replaced ), "1.0" );
+   EXPECT_EQ( outdatedSince( mlagOfTwo + "no lag PortChannel10\nat 2\n" ), "1.0" );
+   EXPECT_EQ( outdatedSince( replaced + "acl Ethernet1 PortChannel10\n" ), "null" );
+}
+
+TEST( ExplainGaps, ThatAPortWasNoMemberIsFromBeforeOnlyOnceItIsOne ) {
+   const std::string gone = mlagOfTwo + "no member PortChannel10 Ethernet1\n"
+                                        "at 2\n"
+                                        "no lag PortChannel10\n";
+   EXPECT_EQ( outdatedSince( gone ), "null" );
+   EXPECT_EQ( outdatedSince( gone + "at 3\nlag PortChannel10 Ethernet1\n" ), "2.0" );
+}
+
 } // namespace

@@ -229,7 +229,7 @@ TEST( ExplainProgram, GivesTheSameAsOneObject ) {
 {"kind":"explanation","t":1.05,"member":"Ethernet1","lag":"PortChannel10",)"
       R"("admitted":false,"is_member":true,"gates":[)"
       R"({"interlock":"egress-acl","kind":"peer-coordinated","admitted":false,"since":1.0,)"
-      R"("or_earlier":false,"decided":1.0,"reason":"waiting-for-peer",)"
+      R"("or_earlier":false,"decided":1.0,"outdated_since":null,"reason":"waiting-for-peer",)"
       R"("because":"Ethernet1 entered, left or changed in PortChannel10","checks":[)"
       R"({"check":"request to the peer","saw":"sent with token 2","passed":null,"decisive":false},)"
       R"({"check":"peer's answer","saw":"none that fits the request yet","passed":false,)"
