@@ -23,23 +23,6 @@ bool isArgument( std::string_view argument, const std::string & name ) {
    return kept == name.size() ? argument == name : argument == name.substr( 0, kept ) + "…";
 }
 
-bool intfMatches( const std::vector< std::string > & intfs, const Jotter::Record & record ) {
-   std::size_t next = 0;
-   for ( const Jotter::Piece & piece : record.descriptor->pieces ) {
-      if ( piece.kind == Jotter::PieceKind::literal ) {
-         continue;
-      }
-      const Vex::String & argument = record.arguments.at( next++ );
-      if ( piece.kind == Jotter::PieceKind::text &&
-           std::ranges::any_of( intfs, [ & ]( const std::string & intf ) {
-              return isArgument( argument, intf );
-           } ) ) {
-         return true;
-      }
-   }
-   return false;
-}
-
 bool timeMatches( const Filter & filter, Vex::Seconds time ) noexcept {
    const Vex::Seconds shown( Replay::roundedToMicroseconds( time ) );
    return ( !filter.since || shown >= *filter.since ) &&
@@ -47,6 +30,20 @@ bool timeMatches( const Filter & filter, Vex::Seconds time ) noexcept {
 }
 
 } // namespace
+
+bool namesIntf( const Jotter::Record & record, const std::string & intf ) {
+   std::size_t next = 0;
+   for ( const Jotter::Piece & piece : record.descriptor->pieces ) {
+      if ( piece.kind == Jotter::PieceKind::literal ) {
+         continue;
+      }
+      const Vex::String & argument = record.arguments.at( next++ );
+      if ( piece.kind == Jotter::PieceKind::text && isArgument( argument, intf ) ) {
+         return true;
+      }
+   }
+   return false;
+}
 
 bool matches( const Filter & filter, const Jotter::Record & record ) {
    const bool known = Replay::callSiteKnown( record );
@@ -56,7 +53,10 @@ bool matches( const Filter & filter, const Jotter::Record & record ) {
           ( filter.functions.empty() ||
             ( known &&
               std::ranges::find( filter.functions, site.function ) != filter.functions.end() ) ) &&
-          ( filter.intfs.empty() || intfMatches( filter.intfs, record ) );
+          ( filter.intfs.empty() ||
+            std::ranges::any_of( filter.intfs, [ &record ]( const std::string & intf ) {
+               return namesIntf( record, intf );
+            } ) );
 }
 
 } // namespace TraceTool

@@ -21,6 +21,9 @@ struct Filter {
    std::optional< Vex::Seconds > until; // as times are shown
 };
 
+/// Whether some text argument of the record is this interface.
+bool namesIntf( const Jotter::Record & record, const std::string & intf );
+
 /// A record whose call site is not known passes no condition but those about time.
 bool matches( const Filter & filter, const Jotter::Record & record );
 

@@ -43,6 +43,7 @@ class Printer {
  private:
    // Who reads a whole file finds at its end what was wrong with it.
    void first( Look look ) {
+      const std::vector< std::string > unnamed = namesNobodyHas( look.records );
       std::erase_if( look.records, [ this ]( const Jotter::Record & record ) {
          return !matches( options_.filter, record );
       } );
@@ -50,6 +51,24 @@ class Printer {
       const std::size_t wanted = std::min< std::size_t >( options_.last.value_or( count ), count );
       showAll( std::span( look.records ).last( wanted ) );
       complain( look );
+      for ( const std::string & intf : unnamed ) {
+         tell( "no record names " + Replay::inQuotes( intf ) +
+               ( options_.follow ? " so far" : "" ) );
+      }
+   }
+
+   // Whoever asks for a name that is written otherwise would take silence for an answer. The other
+   // conditions are let alone: it is the name that may be wrong.
+   std::vector< std::string > namesNobodyHas( std::span< const Jotter::Record > records ) const {
+      std::vector< std::string > names;
+      for ( const std::string & intf : options_.filter.intfs ) {
+         if ( std::ranges::none_of( records, [ &intf ]( const Jotter::Record & record ) {
+                 return namesIntf( record, intf );
+              } ) ) {
+            names.push_back( intf );
+         }
+      }
+      return names;
    }
 
    void next( const Look & look ) {

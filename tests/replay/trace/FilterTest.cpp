@@ -117,4 +117,43 @@ TEST_F( FilterTraceTest, AnUnknownCallSitePassesOnlyConditionsAboutTime ) {
    EXPECT_EQ( chosen( { "--intf", "" } ), "5" );
 }
 
+// ---- Names that no record has -------------------------------------------------------------------
+
+TEST_F( FilterTraceTest, AnInterfaceThatNoRecordNamesIsToldAndIsNoDamage ) {
+   const TestSupport::Shown shown = TestSupport::run( { "--intf", "nosuch", file } );
+   EXPECT_EQ( shown.status, 0 );
+   EXPECT_EQ( shown.out, "" );
+   EXPECT_EQ( shown.err, "interlock-trace: " + file + ": no record names 'nosuch'\n" );
+}
+
+TEST_F( FilterTraceTest, OfSeveralInterfacesEachThatNoRecordNamesIsToldBehindTheRecords ) {
+   EXPECT_EQ(
+      TestSupport::run( { "--intf=Ethernet", "--intf=Ethernet1", "--intf=no\n", file } ).err,
+      "interlock-trace: " + file + ": no record names 'Ethernet'\ninterlock-trace: " + file +
+         ": no record names 'no\\x0a'\n" );
+   const std::string both =
+      TestSupport::runIntoOne( { "--intf=Ethernet", "--intf=Ethernet1", file } );
+   EXPECT_THAT( both, ::testing::EndsWith( ": no record names 'Ethernet'\n" ) );
+   EXPECT_EQ( TestSupport::sequences( both ).substr( 0, 1 ), "1" );
+}
+
+TEST_F( FilterTraceTest, AnInterfaceOfWhichOtherOptionsChooseNothingIsNamedNevertheless ) {
+   const TestSupport::Shown shown =
+      TestSupport::run( { "--intf", "Ethernet1", "--level", "4", "--last", "1", file } );
+   EXPECT_EQ( shown.out, "" );
+   EXPECT_EQ( shown.err, "" );
+}
+
+TEST_F( FilterTraceTest, OfAFileThatIsFollowedARecordMayStillComeThatNamesIt ) {
+   Agent live( file + ".live" );
+   live.timeout();
+   const TestSupport::Shown shown =
+      TestSupport::run( { "--follow", "--intf", "Ethernet9", file + ".live" },
+                        { [ &live ] { live.member( "Ethernet9", "PortChannel10" ); } } );
+   EXPECT_EQ( shown.status, 0 );
+   EXPECT_EQ( TestSupport::sequences( shown.out ), "2" );
+   EXPECT_EQ( shown.err,
+              "interlock-trace: " + file + ".live: no record names 'Ethernet9' so far\n" );
+}
+
 } // namespace

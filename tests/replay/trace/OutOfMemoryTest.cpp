@@ -99,6 +99,7 @@ TEST_F( TraceOutOfMemory, APrintedFileEndsWithBadAllocAndLeavesNothingBehind ) {
    const std::string file = makeFile( "trace" );
    runOutOfMemory( { file }, 0 );
    runOutOfMemory( { file, "--level", "0,3-4", "--intf", "PortChannel10", "--last", "5" }, 0 );
+   runOutOfMemory( { file, "--intf", "nosuch" }, 0 );
    runOutOfMemory( { file, "--jsonl" }, 0 );
 }
 
