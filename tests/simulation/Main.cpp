@@ -1,13 +1,6 @@
 // interlock-simulate: random pairs of switches under faults, each event of each checked.
 //
-//    interlock-simulate [--seed S] [--pairs N] [--only I [--scenario]]
-//
-// --only plays one pair of that seed alone; with --scenario it is printed as a scenario for
-// interlock-replay, with what must have come of it as expects.
-//
-// The same seed gives the same output from every build. Exit status: 0 all checks held and
-// everything that can happen did; 1 a check did not hold, or something never happened; 2 the
-// command line is wrong.
+// The same seed gives the same output from every build.
 
 #include "platform/Vex/Trace.h"
 #include "replay/pair/Random.h"
@@ -29,11 +22,27 @@ using Simulation::Coverage;
 using Simulation::Exposure;
 using Simulation::PairRun;
 
+constexpr const char * usage =
+   "usage: interlock-simulate [--seed S] [--pairs N] [--only I [--scenario]]\n";
+constexpr const char * help =
+   "Plays random pairs of switches under faults, and checks both after every event.\n"
+   "\n"
+   "  --seed S     what the pairs are drawn from, 1 unless it is given\n"
+   "  --pairs N    how many are played, 1000 unless it is given\n"
+   "  --only I     plays pair I of that seed alone\n"
+   "  --scenario   prints it as a scenario for interlock-replay, with what must have come of it\n"
+   "               as expects\n"
+   "  --help       prints this\n"
+   "\n"
+   "Exit status: 0 all checks held and everything that can happen did; 1 a check did not hold, or\n"
+   "something never happened; 2 the command line is wrong.\n";
+
 struct Options {
    std::uint64_t seed = 1;
    std::uint64_t pairs = 1000;
    std::optional< std::uint64_t > only;
    bool scenario = false;
+   bool help = false;
 };
 
 // The interlocks tell an operator of each time-out; here there are many, and the books know.
@@ -56,6 +65,10 @@ std::optional< Options > parse( std::span< char * const > words ) {
       if ( name == "--scenario" ) {
          options.scenario = true;
          continue;
+      }
+      if ( name == "--help" ) {
+         options.help = true;
+         return options; // whatever else there is
       }
       ++at;
       const auto value = at < words.size() ? number( words[ at ] ) : std::nullopt;
@@ -123,9 +136,12 @@ int simulate( const Options & options ) {
 int main( int argc, char ** argv ) {
    const auto options = parse( std::span( argv, static_cast< std::size_t >( argc ) ) );
    if ( !options ) {
-      std::fprintf( stderr,
-                    "usage: interlock-simulate [--seed S] [--pairs N] [--only I [--scenario]]\n" );
+      std::fputs( usage, stderr );
       return 2;
+   }
+   if ( options->help ) {
+      std::printf( "%s\n%s", usage, help );
+      return 0;
    }
    NobodyListens sink;
    const Vex::TraceSinkScope scope( sink );
