@@ -26,6 +26,7 @@ struct Form {
 };
 
 constexpr std::string_view expect = "expect";
+constexpr std::string_view start = "start";
 
 // Of each form, the lambda that reads it, and the one that reads it taken back. Braced
 // initializers are evaluated from left to right, so that they take the words in order.
@@ -119,7 +120,7 @@ constexpr std::array forms{
          []( Words & words ) -> Statement { return Request{ words.intf( "LAG" ), words.token() }; },
          "no request LAG",
          []( Words & words ) -> Statement { return Request{ words.intf( "LAG" ), {} }; } },
-   Form{ "start", "", "start controller|basic|deprecated|vlan-xlate",
+   Form{ start, "", "start controller|basic|deprecated|vlan-xlate",
          []( Words & words ) -> Statement { return Start{ words.machine() }; }, "", nullptr },
    Form{ "stop", "", "stop egress-acl|vlan-xlate",
          []( Words & words ) -> Statement { return Stop{ words.interlock() }; }, "", nullptr },
@@ -200,17 +201,35 @@ constexpr std::array forms{
          } },
 };
 
+// What an agent reads in the place of the one above: its errors name what agents run.
+constexpr std::array< std::string_view, 2 > machinesOfAgents{ "controller", "vlan-xlate" };
+constexpr Form startOfAgent{
+   start,
+   "",
+   "start controller|vlan-xlate",
+   []( Words & words ) -> Statement { return Start{ words.machine( machinesOfAgents ) }; },
+   "",
+   nullptr };
+
 bool canBe( const Form & form, bool taken ) noexcept {
    return !taken || form.parseNo != nullptr;
 }
 
+// Nothing of a story: all that is left changes entities, but for `start`.
+bool isForAgents( std::string_view head ) noexcept {
+   constexpr std::array< std::string_view, 9 > played{
+      "stop", "at", "wait", "peer", "restart", "switch", "wire", "responder", expect };
+   return std::ranges::find( played, head ) == played.end();
+}
+
 // What may stand as first word, of a statement or after `no`.
-std::string heads( bool afterNo ) {
+std::string heads( bool afterNo, Listener listener ) {
    std::vector< std::string_view > words;
    for ( const Form & form : forms ) {
       const bool expected = afterNo && form.head == expect;
       const bool listed = !words.empty() && words.back() == form.head;
-      if ( canBe( form, afterNo ) && !expected && !listed ) {
+      const bool taken = listener == Listener::story || isForAgents( form.head );
+      if ( canBe( form, afterNo ) && taken && !expected && !listed ) {
          words.push_back( form.head );
       }
    }
@@ -245,7 +264,10 @@ std::string seconds( std::string_view head, bool afterNo ) {
    throw StatementError( wrong + "; wanted: " + seconds( head, no ) );
 }
 
-const Form & findForm( Words & words, std::string_view head, bool no ) {
+const Form & findForm( Words & words, std::string_view head, bool no, Listener listener ) {
+   if ( head == start && listener == Listener::agent ) {
+      return startOfAgent;
+   }
    const auto * const first = std::ranges::find( forms, head, &Form::head );
    if ( first->second.empty() ) {
       return *first;
@@ -261,15 +283,28 @@ const Form & findForm( Words & words, std::string_view head, bool no ) {
 
 } // namespace
 
-Statement parseStatement( std::span< const Word > line ) {
+void throwPlayed( std::span< const Word > line ) {
+   std::string text;
+   appendWords( text, line );
+   throw StatementError( inQuotes( text ) +
+                         " belongs to a story that is played; wanted: what the other agents of a "
+                         "switch publish, or 'start'" );
+}
+
+Statement parseStatement( std::span< const Word > line, Listener listener ) {
    Words words( line );
    bool no = words.takeIf( "no" );
    if ( no && !words.more() ) {
-      throw StatementError( "a statement is missing after 'no'; wanted: " + heads( true ) );
+      throw StatementError( "a statement is missing after 'no'; wanted: " +
+                            heads( true, listener ) );
    }
    const std::string_view head = words.word( "a statement" );
    if ( std::ranges::find( forms, head, &Form::head ) == forms.end() ) {
-      throw StatementError( inQuotes( head ) + " is no statement; wanted: " + heads( no ) );
+      throw StatementError( inQuotes( head ) +
+                            " is no statement; wanted: " + heads( no, listener ) );
+   }
+   if ( listener == Listener::agent && !isForAgents( head ) ) {
+      throwPlayed( line );
    }
    const bool canFollowNo =
       head != expect && std::ranges::any_of( forms, [ & ]( const Form & form ) {
@@ -277,12 +312,12 @@ Statement parseStatement( std::span< const Word > line ) {
       } );
    if ( no && !canFollowNo ) {
       throw StatementError( inQuotes( head ) +
-                            " cannot be taken back by 'no'; wanted: " + heads( true ) );
+                            " cannot be taken back by 'no'; wanted: " + heads( true, listener ) );
    }
    if ( head == expect ) {
       no = words.takeIf( "no" );
    }
-   const Form & form = findForm( words, head, no );
+   const Form & form = findForm( words, head, no, listener );
    words.usageIs( no ? form.usageOfNo : form.usage );
    Statement statement = ( no ? form.parseNo : form.parse )( words );
    words.end();

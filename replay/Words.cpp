@@ -113,7 +113,7 @@ Interlock Words::interlock() {
    throwNo( name, "interlock", "egress-acl or vlan-xlate" );
 }
 
-const Machine * Words::machine() {
+const Machine * Words::machine( std::span< const std::string_view > known ) {
    const std::string_view name = word( "INTERLOCK" );
    std::vector< std::string_view > names;
    for ( const Machine & candidate : machines() ) {
@@ -122,7 +122,8 @@ const Machine * Words::machine() {
       }
       names.push_back( candidate.name );
    }
-   throwNo( name, "interlock", alternatives( names ) );
+   throwNo( name, "interlock",
+            alternatives( known.empty() ? std::span< const std::string_view >( names ) : known ) );
 }
 
 Direction Words::direction() {

@@ -42,7 +42,8 @@ class Words {
    Bridging::VlanId vlan( std::string_view what );
    Vex::Seconds seconds( std::string_view what );
    Interlock interlock();
-   const Machine * machine();
+   /// Of all machines; an error names `known`, or all.
+   const Machine * machine( std::span< const std::string_view > known = {} );
    Direction direction();
    bool onOrOff();
    Peering::Side side();

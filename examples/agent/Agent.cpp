@@ -160,7 +160,7 @@ Told Agent::execute( std::string_view line, Origin origin ) {
       if ( words.empty() ) {
          return {};
       }
-      const Replay::Statement statement = Replay::parseStatement( words );
+      const Replay::Statement statement = Replay::parseStatement( words, Replay::Listener::agent );
       std::string text;
       Replay::appendWords( text, words );
       Line( told_, "statement" ).add( origin ).add( "text", text ).end();
@@ -169,9 +169,7 @@ Told Agent::execute( std::string_view line, Origin origin ) {
             if constexpr ( requires { apply( change ); } ) {
                apply( change );
             } else {
-               throw StatementError( Replay::inQuotes( text ) +
-                                     " belongs to a story that is played; wanted: what the other "
-                                     "agents of a switch publish, or 'start'" );
+               Replay::throwPlayed( words );
             }
          },
          statement );

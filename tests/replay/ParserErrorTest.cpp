@@ -1,10 +1,16 @@
 // Every error of a scenario's text, word for word.
 
+#include "replay/EntityChanges.h"
+#include "replay/Grammar.h"
 #include "replay/Parser.h"
 #include "replay/ScenarioError.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <type_traits>
+#include <variant>
+#include <vector>
 
 namespace {
 
@@ -225,6 +231,104 @@ TEST( ParserError, ShowsNoMoreThanTheBeginningOfAWordOfAMegabyte ) {
 TEST( ParserError, ShowsControlCharactersEscaped ) {
    EXPECT_EQ( errorOf( "mlag state \"\x1b[2J\"" ),
               "1: '\\x1b[2J' is no N; wanted: a number from 0 to 255" );
+}
+
+// ---- An agent that is told by statements --------------------------------------------------------
+
+Replay::Statement forAgent( std::string_view line ) {
+   std::vector< Replay::Word > words;
+   Replay::splitWords( line, words );
+   return Replay::parseStatement( words, Replay::Listener::agent );
+}
+
+std::string agentsErrorOf( std::string_view line ) {
+   try {
+      forAgent( line );
+   } catch ( const Replay::StatementError & error ) {
+      return error.what();
+   }
+   return "no error";
+}
+
+// Whether an agent can do it: it changes entities, or starts an interlock.
+template < class Of >
+constexpr bool isForAgents = Replay::EntityChange< Of > || std::is_same_v< Of, Replay::Start >;
+
+TEST( AgentStatement, TakesWhatChangesEntitiesAndStartAndNothingElse ) {
+   for ( const char * line : { "lag P E",
+                               "no lag P",
+                               "member P E",
+                               "no member P E",
+                               "acl E P",
+                               "no acl E P",
+                               "mlag state 3",
+                               "mlag peer-link E",
+                               "mlag intf P 1 2",
+                               "no mlag intf P",
+                               "mlag peer-interlock on",
+                               "link E 2",
+                               "response P 1",
+                               "no response P",
+                               "switchport E",
+                               "vlan-xlate E ingress 1 2",
+                               "no vlan-xlate E egress 1",
+                               "vlan-ready E P",
+                               "output egress-acl E P",
+                               "no output vlan-xlate E P",
+                               "request P 1",
+                               "no request P",
+                               "start controller",
+                               "start basic",
+                               "stop egress-acl",
+                               "at 1",
+                               "wait 1",
+                               "peer echo 1",
+                               "no peer echo",
+                               "restart vlan-xlate",
+                               "switch left",
+                               "wire on",
+                               "wire delay 1",
+                               "wire lose 1",
+                               "wire repeat 1 1",
+                               "wire hold 1% 1",
+                               "wire seed 1",
+                               "responder on",
+                               "expect egress-acl E P",
+                               "expect joined E P",
+                               "expect request P 1",
+                               "expect no trace x" } ) {
+      std::vector< Replay::Word > words;
+      Replay::splitWords( line, words );
+      const bool wanted = std::visit(
+         []( const auto & of ) { return isForAgents< std::remove_cvref_t< decltype( of ) > >; },
+         Replay::parseStatement( words ) );
+      const std::string refused = "'" + std::string( line ) +
+                                  "' belongs to a story that is played; wanted: what the other "
+                                  "agents of a switch publish, or 'start'";
+      EXPECT_EQ( agentsErrorOf( line ), wanted ? "no error" : refused );
+   }
+}
+
+TEST( AgentStatement, ErrorsNameOnlyWhatAnAgentTakes ) {
+   EXPECT_EQ( agentsErrorOf( "lga P" ),
+              "'lga' is no statement; wanted: lag, member, acl, mlag, link, response, switchport, "
+              "vlan-xlate, vlan-ready, output, request, start or no" );
+   const std::string takenBack = "; wanted: lag, member, acl, mlag, response, switchport, "
+                                 "vlan-xlate, vlan-ready, output or request";
+   EXPECT_EQ( agentsErrorOf( "no lga" ), "'lga' is no statement" + takenBack );
+   EXPECT_EQ( agentsErrorOf( "no" ), "a statement is missing after 'no'" + takenBack );
+   EXPECT_EQ( agentsErrorOf( "no link" ), "'link' cannot be taken back by 'no'" + takenBack );
+   EXPECT_EQ( agentsErrorOf( "start egress-acl" ),
+              "'egress-acl' is no interlock; wanted: controller or vlan-xlate" );
+   EXPECT_EQ( agentsErrorOf( "start" ),
+              "INTERLOCK is missing after 'start'; wanted: start controller|vlan-xlate" );
+}
+
+TEST( AgentStatement, WhatIsWrongInAStatementOfAStoryIsNotLookedAt ) {
+   for ( const std::string line : { "expect", "wait x", "no wait", "peer mirror", "wire" } ) {
+      EXPECT_THAT( agentsErrorOf( line ),
+                   ::testing::StartsWith( "'" + line + "' belongs to a story that is played; " ) );
+   }
 }
 
 } // namespace
