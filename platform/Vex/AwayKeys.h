@@ -3,8 +3,9 @@
 // The keys of an index whose homes are taken (platform/Vex/PositionIndex.h): the positions of their
 // entries, by a hash. The entries tell the keys apart.
 //
-// Layout: open addressing in a power of two of slots; what is removed leaves a mark, so that the
-// ways to others stay whole. A quarter of the slots stays free, which keeps the ways short.
+// Layout: open addressing in a power of two of slots; where one is removed, those that are behind it
+// on their ways move up, so that coming and going takes no memory. A quarter of the slots stays
+// free, which keeps the ways short.
 // Errors: makeRoom() throws when there is no memory and has changed nothing then; nothing else
 // fails.
 
@@ -37,23 +38,22 @@ class AwayKeys {
    std::uint32_t find( Number key, std::uint32_t position ) const noexcept {
       return slotOf( key, [ & ]( std::uint32_t other ) { return other == position; } );
    }
-   std::uint32_t position( std::uint32_t slot ) const noexcept { return slots_[ slot ] - used; }
+   std::uint32_t position( std::uint32_t slot ) const noexcept { return slots_[ slot ] - 1; }
    void positionIs( std::uint32_t slot, std::uint32_t position ) noexcept {
-      slots_[ slot ] = position + used;
+      slots_[ slot ] = position + 1;
    }
 
    /// Makes room for one more key.
    template < class KeyAt >
    void makeRoom( const KeyAt & keyAt ) {
-      if ( 4 * ( std::size_t{ inUse_ } + 1 ) <= 3 * slots_.size() ) {
+      if ( 4 * ( std::size_t{ size_ } + 1 ) <= 3 * slots_.size() ) {
          return;
       }
       AwayKeys roomy;
-      const bool mostAreLive = 2 * ( std::size_t{ size_ } + 1 ) > slots_.size();
-      roomy.slots_.resize( mostAreLive ? std::max( fewest, 2 * slots_.size() ) : slots_.size() );
-      for ( const std::uint32_t slot : slots_ ) {
-         if ( slot >= used ) {
-            roomy.add( keyAt( slot - used ), slot - used );
+      roomy.slots_.resize( std::max( fewest, 2 * slots_.size() ) );
+      for ( std::uint32_t slot = 0; slot < slots_.size(); ++slot ) {
+         if ( slots_[ slot ] != free ) {
+            roomy.add( keyAt( position( slot ) ), position( slot ) );
          }
       }
       std::swap( *this, roomy );
@@ -64,35 +64,47 @@ class AwayKeys {
       while ( slots_[ at ] != free ) {
          at = next( at );
       }
-      slots_[ at ] = position + used;
-      ++inUse_;
+      slots_[ at ] = position + 1;
       ++size_;
    }
-   void remove( std::uint32_t slot ) noexcept {
-      slots_[ slot ] = removed;
+   /// Removes the key of `slot`. Others may have other slots then.
+   template < class KeyAt >
+   void remove( std::uint32_t slot, const KeyAt & keyAt ) noexcept {
+      std::size_t hole = slot;
+      for ( std::size_t at = next( hole ); slots_[ at ] != free; at = next( at ) ) {
+         // One whose way begins behind the hole stays.
+         if ( distance( home( keyAt( slots_[ at ] - 1 ) ), at ) >= distance( hole, at ) ) {
+            slots_[ hole ] = slots_[ at ];
+            hole = at;
+         }
+      }
+      slots_[ hole ] = free;
       --size_;
    }
-   /// Calls `visit( slot, position )` for each key.
-   template < class Visit >
-   void forEach( const Visit & visit ) const {
-      for ( std::uint32_t at = 0; at < slots_.size(); ++at ) {
-         if ( slots_[ at ] >= used ) {
-            visit( at, slots_[ at ] - used );
+   /// Removes each key of which `leaves( position )` holds; it may be asked twice.
+   template < class Leaves, class KeyAt >
+   void removeIf( const Leaves & leaves, const KeyAt & keyAt ) {
+      for ( std::uint32_t slot = 0; slot < slots_.size(); ) {
+         if ( slots_[ slot ] != free && leaves( position( slot ) ) ) {
+            remove( slot, keyAt ); // and looks at what moved up
+         } else {
+            ++slot;
          }
       }
    }
 
  private:
    static constexpr std::size_t fewest = 8; // slots
-   static constexpr std::uint32_t free = 0;
-   static constexpr std::uint32_t removed = 1;
-   static constexpr std::uint32_t used = 2; // and the position
+   static constexpr std::uint32_t free = 0; // others: the position and 1
 
    // The highest bits of the product with 2^64 / golden ratio depend on all bits of the key.
    std::size_t home( Number key ) const noexcept {
       return key * 0x9E3779B97F4A7C15ULL >> ( 64 - std::countr_zero( slots_.size() ) );
    }
    std::size_t next( std::size_t at ) const noexcept { return ( at + 1 ) & ( slots_.size() - 1 ); }
+   std::size_t distance( std::size_t from, std::size_t to ) const noexcept {
+      return ( to - from ) & ( slots_.size() - 1 );
+   }
 
    template < class IsIt >
    std::uint32_t slotOf( Number key, const IsIt & isIt ) const noexcept {
@@ -100,17 +112,16 @@ class AwayKeys {
          return none;
       }
       for ( std::size_t at = home( key );; at = next( at ) ) {
-         if ( slots_[ at ] >= used && isIt( slots_[ at ] - used ) ) {
-            return static_cast< std::uint32_t >( at );
-         }
          if ( slots_[ at ] == free ) {
             return none;
+         }
+         if ( isIt( slots_[ at ] - 1 ) ) {
+            return static_cast< std::uint32_t >( at );
          }
       }
    }
 
    std::vector< std::uint32_t > slots_;
-   std::uint32_t inUse_ = 0; // slots that are not free
    std::uint32_t size_ = 0;
 };
 

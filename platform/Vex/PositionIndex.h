@@ -117,10 +117,12 @@ class PositionIndex {
    // Not inline, as it is rare.
    template < class KeyAt >
    [[gnu::noinline]] std::uint32_t takeAway( Number key, const KeyAt & keyAt ) noexcept {
-      const std::uint32_t position = findAway( key, keyAt );
-      if ( position != none ) {
-         away_->remove( away_->find( key, position ) );
+      const std::uint32_t slot = away_ ? away_->find( key, keyAt ) : AwayKeys< Number >::none;
+      if ( slot == AwayKeys< Number >::none ) {
+         return none;
       }
+      const std::uint32_t position = away_->position( slot );
+      away_->remove( slot, keyAt );
       return position;
    }
 
@@ -138,14 +140,16 @@ class PositionIndex {
       if ( !away_ ) {
          return;
       }
-      away_->forEach( [ & ]( std::uint32_t slot, std::uint32_t position ) {
+      const auto comesHome = [ & ]( std::uint32_t position ) {
          const Number key = keyAt( position );
-         if ( homes_.isFree( homes_.slot( key ) ) ) {
-            homes_.makeRoom( key );
-            homes_.put( key, position );
-            away_->remove( slot );
+         if ( !homes_.isFree( homes_.slot( key ) ) ) {
+            return false;
          }
-      } );
+         homes_.makeRoom( key );
+         homes_.put( key, position );
+         return true;
+      };
+      away_->removeIf( comesHome, keyAt );
    }
 
    HomeSlots< Number > homes_;

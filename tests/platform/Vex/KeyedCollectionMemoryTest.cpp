@@ -153,8 +153,7 @@ TEST( KeyMapMemoryTest, KeysThatWantTheSameHomeComeAndGoWithoutMemory ) {
    for ( int round = 0; round < 20; ++round ) {
       allComeAndGo();
    }
-   // Those away are put together anew now and then, which takes as much memory as they had.
-   EXPECT_LE( Memory::requests() - before, 60 );
+   EXPECT_EQ( Memory::requests() - before, 0 );
    EXPECT_EQ( map.size(), size );
 }
 
