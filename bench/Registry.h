@@ -11,6 +11,9 @@ namespace Bench {
 using Contestants = std::vector< Contestant >;
 
 namespace Ours {
+/// Names all ports and LAGs, so that their handles follow each other as the floor's numbers do,
+/// whatever the process measures first.
+void nameAll();
 void registerWorlds();
 void addContestants( Contestants & contestants );
 void registerBurst();

@@ -72,6 +72,9 @@ int main( int count, char ** values ) {
       }
       const bool checkOnly = taken( arguments, "--check" );
       textTraceOff();
+      if ( !checkOnly ) {
+         Bench::Ours::nameAll();
+      }
       proveThatAllDoTheSame();
       if ( checkOnly ) {
          return 0;

@@ -44,10 +44,6 @@ class Inputs {
          lags_.emplace_back( lagName( lag ) );
          config_->initialMemberIs( Vex::make< Hardware::Lag::InitialMember >( lags_[ lag ] ) );
       }
-      // Handles follow each other as the floor's numbers do, whatever else the process measures.
-      for ( std::size_t at = 0; at < shape.pairs; ++at ) {
-         static_cast< void >( pair( at ) );
-      }
       for ( std::size_t at = 0; at < shape.pairs && !shape.empty; ++at ) {
          const Pair entry = pair( at );
          memberIs( entry );

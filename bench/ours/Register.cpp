@@ -5,6 +5,16 @@
 
 namespace Bench::Ours {
 
+void nameAll() {
+   const Shape largest{ .pairs = static_cast< std::size_t >( sizes.back() ) };
+   for ( std::size_t lag = 0; lag < lags( largest ); ++lag ) {
+      static_cast< void >( Nodo::IntfId( lagName( lag ) ) );
+   }
+   for ( std::size_t at = 0; at < largest.pairs; ++at ) {
+      static_cast< void >( Nodo::IntfId( memberName( at ) ) );
+   }
+}
+
 void registerWorlds() {
    registerTimes< BasicWorld >( { "basic", "ours", true } );
    registerTimes< BasicWorld >( { "basic", "ours", false } );
