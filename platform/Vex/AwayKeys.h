@@ -3,9 +3,9 @@
 // The keys of an index whose homes are taken (platform/Vex/PositionIndex.h): the positions of their
 // entries, by a hash. The entries tell the keys apart.
 //
-// Layout: open addressing in a power of two of slots; where one is removed, those that are behind it
-// on their ways move up, so that coming and going takes no memory. A quarter of the slots stays
-// free, which keeps the ways short.
+// Layout: open addressing in a power of two of slots; where one is removed, those behind it on
+// their ways move up, so that coming and going takes no memory. A quarter of the slots stays free,
+// which keeps the ways short.
 // Errors: makeRoom() throws when there is no memory and has changed nothing then; nothing else
 // fails.
 

@@ -53,8 +53,8 @@ consteval CallSite< level, decltype( unique ) > at(
    return { where.line(), bareFunctionName( where.function_name() ) };
 }
 
-/// How a piece of a message is handed on to code that rarely runs: small ones by value. By reference
-/// they would have to be in memory, for messages that nobody wants.
+/// How a piece of a message is handed on to code that rarely runs: a small one by value. By
+/// reference it would have to be in memory, for messages that nobody wants.
 template < class Piece >
 using HandedOn =
    std::conditional_t< std::is_trivially_copyable_v< Piece > && !std::is_array_v< Piece > &&

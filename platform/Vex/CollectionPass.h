@@ -13,6 +13,21 @@ struct AnyEntry {
    bool operator()( const auto & /* entry */ ) const noexcept { return true; }
 };
 
+/// Of an entry, what a pass over keys visits.
+template < class Key >
+struct ToKey {
+   Key operator()( const auto & entries, std::uint32_t at ) const {
+      return Key::unpacked( entries.key( at ) );
+   }
+};
+/// Of an entry, what a pass over entries visits.
+template < class Key, class Entry >
+struct ToEntry {
+   Entry operator()( const auto & entries, std::uint32_t at ) const {
+      return { Key::unpacked( entries.key( at ) ), entries.value( at ) };
+   }
+};
+
 /// Visits what `Wanted` accepts.
 template < class Collection, class Projection, class Wanted = AnyEntry >
 class CollectionPass {

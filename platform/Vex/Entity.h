@@ -35,6 +35,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -55,12 +56,9 @@ class VEX_EXPORT Entity : public Object {
 
    /// How many notifiees are registered.
    std::size_t notifiees() const noexcept {
-      std::ptrdiff_t count = first_ != nullptr ? 1 : 0;
-      if ( others_ ) {
-         count +=
-            std::ranges::count_if( *others_, []( auto * other ) { return other != nullptr; } );
-      }
-      return static_cast< std::size_t >( count );
+      const auto others =
+         others_ ? std::ssize( *others_ ) - std::ranges::count( *others_, nullptr ) : 0;
+      return static_cast< std::size_t >( others ) + ( first_ != nullptr ? 1 : 0 );
    }
 
    // Registration is the business of ConstNotifiee, which pairs the two.
@@ -140,8 +138,7 @@ class VEX_EXPORT Entity : public Object {
       }
    }
 
-   // Ends a delivery that is a nested one, or that somebody left. Not inline, so that the end of
-   // the usual one is.
+   // Ends a delivery that is a nested one, or that somebody left. Not inline, as it is rare.
    [[gnu::noinline]] void endDelivery() const noexcept {
       if ( deliveries_ == ( oneDelivery | somebodyLeft ) ) {
          farewell();

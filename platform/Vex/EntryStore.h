@@ -22,6 +22,11 @@
 
 namespace Vex {
 
+/// The value of a set's entries.
+struct NoValue {
+   friend bool operator==( NoValue, NoValue ) = default;
+};
+
 /// Keys are kept as a Number (platform/Vex/StoredKey.h).
 template < std::unsigned_integral Number, class Value >
 class EntryStore {

@@ -35,11 +35,6 @@
 
 namespace Vex {
 
-/// The value of a set's entries.
-struct NoValue {
-   friend bool operator==( NoValue, NoValue ) = default;
-};
-
 /// Value needs == and a default constructor.
 template < PackedKey Key, class Value >
 class KeyMap {
@@ -66,10 +61,8 @@ class KeyMap {
    bool empty() const noexcept { return liveCount_ == 0; }
    bool has( const Key & key ) const noexcept {
       const Stored stored = key.packed();
-      if ( !index_.empty() && index_.holds( index_.slot( stored ), stored ) ) {
-         return true;
-      }
-      return placeElsewhere( stored ) != none;
+      const bool home = !index_.empty() && index_.holds( index_.slot( stored ), stored );
+      return home || placeElsewhere( stored ) != none;
    }
 
    /// The value under `key`, or null; valid until the next mutation, or the end of a pass.
@@ -92,7 +85,8 @@ class KeyMap {
    /// Inserts or overwrites; false when `key` holds an equal value already.
    bool put( const Key & key, Value value ) {
       const Stored stored = key.packed();
-      const std::uint32_t found = place( stored );
+      const std::uint32_t found =
+         index_.empty() ? entries_.scan( stored ) : index_.find( stored, keyAt() );
       if ( found == none ) {
          append( stored, std::move( value ) );
          return true;
@@ -127,31 +121,19 @@ class KeyMap {
    /// Removes `key`; false when it is absent.
    bool erase( const Key & key ) { return take( key ).has_value(); }
 
-   /// Of an entry, what a pass over keys visits.
-   struct ToKey {
-      Key operator()( const auto & entries, std::uint32_t at ) const {
-         return Key::unpacked( entries.key( at ) );
-      }
-   };
-   /// Of an entry, what a pass over entries visits.
-   struct ToEntry {
-      Entry operator()( const auto & entries, std::uint32_t at ) const {
-         return { Key::unpacked( entries.key( at ) ), entries.value( at ) };
-      }
-   };
    /// One pass, for range-for; see the head of this file.
-   CollectionPass< KeyMap, ToKey > keys() const noexcept {
-      return CollectionPass< KeyMap, ToKey >( *this );
+   CollectionPass< KeyMap, ToKey< Key > > keys() const noexcept {
+      return CollectionPass< KeyMap, ToKey< Key > >( *this );
    }
    /// One pass over the keys that `wanted` accepts, which sees keys and changes nothing.
    template < class Wanted >
       requires std::is_nothrow_copy_constructible_v< Wanted >
    auto keysWhere( Wanted wanted ) const noexcept {
       const auto accepts = [ wanted ]( Stored key ) { return wanted( Key::unpacked( key ) ); };
-      return CollectionPass< KeyMap, ToKey, decltype( accepts ) >( *this, accepts );
+      return CollectionPass< KeyMap, ToKey< Key >, decltype( accepts ) >( *this, accepts );
    }
-   CollectionPass< KeyMap, ToEntry > entries() const noexcept {
-      return CollectionPass< KeyMap, ToEntry >( *this );
+   CollectionPass< KeyMap, ToEntry< Key, Entry > > entries() const noexcept {
+      return CollectionPass< KeyMap, ToEntry< Key, Entry > >( *this );
    }
 
  private:
@@ -166,9 +148,6 @@ class KeyMap {
    static constexpr std::uint32_t firstSlots = 64;
    static constexpr std::uint32_t fewHoles = 16; // not worth closing
 
-   std::uint32_t place( Stored key ) const noexcept {
-      return index_.empty() ? entries_.scan( key ) : index_.find( key, keyAt() );
-   }
    // The place of a key that is not found at home. Not inline, so that finding one there is.
    [[gnu::noinline]] std::uint32_t placeElsewhere( Stored key ) const noexcept {
       return index_.empty() ? entries_.scan( key ) : index_.findAway( key, keyAt() );
@@ -213,11 +192,9 @@ class KeyMap {
 
    // Makes room where there may be none in the index, and enters the key there.
    [[gnu::noinline]] void makeRoom( Stored key ) {
-      if ( index_.empty() ) {
-         if ( entries_.used() >= scanLimit ) {
-            endScanning();
-         }
-      } else if ( passes_ == 0 && !index_.hasPosition( entries_.used() ) ) {
+      if ( index_.empty() && entries_.used() >= scanLimit ) {
+         endScanning();
+      } else if ( !index_.empty() && passes_ == 0 && !index_.hasPosition( entries_.used() ) ) {
          squeeze();
       }
       if ( index_.empty() ) {
@@ -236,14 +213,7 @@ class KeyMap {
          squeeze();
          return;
       }
-      Index index( firstSlots );
-      for ( std::uint32_t at = 0; at < entries_.used(); ++at ) {
-         if ( entries_.live( at ) ) {
-            index.makeRoom( entries_.key( at ), at, keyAt() );
-            index.add( entries_.key( at ), at );
-         }
-      }
-      index_ = std::move( index );
+      index_ = Index( firstSlots, entries_ );
    }
 
    // Only while no pass is under way, because a pass counts on positions.

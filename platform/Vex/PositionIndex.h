@@ -30,6 +30,17 @@ class PositionIndex {
    PositionIndex() noexcept = default;
    /// With so many homes, a power of two.
    explicit PositionIndex( std::uint32_t slots ) : homes_( slots ) {}
+   /// With so many homes at first, and the keys of the live ones of `entries`.
+   template < class Entries >
+   PositionIndex( std::uint32_t slots, const Entries & entries ) : homes_( slots ) {
+      const auto keyAt = [ & ]( std::uint32_t position ) { return entries.key( position ); };
+      for ( std::uint32_t at = 0; at < entries.used(); ++at ) {
+         if ( entries.live( at ) ) {
+            makeRoom( entries.key( at ), at, keyAt );
+            add( entries.key( at ), at );
+         }
+      }
+   }
 
    bool empty() const noexcept { return homes_.empty(); }
    /// There is a number for this position without growing.
